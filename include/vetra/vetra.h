@@ -1,0 +1,8 @@
+// vetra.h - the whole public surface of the vetra library.
+#ifndef VETRA_H
+#define VETRA_H
+
+#include "vetra/vetra_export.h"
+#include "vetra/xml_parser.h"
+
+#endif // VETRA_H

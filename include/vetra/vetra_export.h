@@ -1,0 +1,27 @@
+// vetra_export.h - the export macro and the exported character type.
+//
+// Everything the shared library exports carries VETRA_API; everything else
+// is hidden. This header defines no platform names.
+#ifndef VETRA_EXPORT_H
+#define VETRA_EXPORT_H
+
+#if defined(_WIN32)
+#  if defined(VETRA_BUILDING)
+#    define VETRA_API __declspec(dllexport)
+#  else
+#    define VETRA_API __declspec(dllimport)
+#  endif
+#else
+#  define VETRA_API __attribute__((visibility("default")))
+#endif
+
+/// The character type of every text the library exchanges: one 16-bit
+/// UTF-16 code unit. It is wchar_t where that is 16 bits wide, and char16_t
+/// elsewhere (Linux), so document text always counts the same units.
+#if defined(_WIN32)
+typedef wchar_t vtchar;
+#else
+typedef char16_t vtchar;
+#endif
+
+#endif // VETRA_EXPORT_H

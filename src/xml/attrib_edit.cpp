@@ -1,0 +1,67 @@
+// attrib_edit.cpp - WriteAttrib: sets an attribute in a start tag by one
+// splice, then corrects the element's tag length and everything behind it.
+//
+// Adding never makes a second attribute of the same name: an existing one
+// gets the new value, always in double quotes. New attributes stand last,
+// before any whitespace that precedes the end of the tag.
+#include "xml/text_escape.h"
+#include "xml/xml_engine.h"
+
+namespace vetra::xml {
+
+bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value, uint32_t flags) {
+    if (m_docFlags & DocReadStream) return false;
+    bool onElement = index != 0 && m_nodeType == NodeElement;
+    TokenCursor cursor(m_docText.c_str(), m_docFlags);
+    if (onElement)
+        cursor.next = Rec(index).start + 1;
+    else if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
+        cursor.next = m_nodeOffset + 2;
+    else
+        return false;
+
+    WideString encoded = EncodeText(value, flags | EditAttribText);
+    WideString replacement;
+    int32_t position, count = 0;
+    if (ScanAttrib(cursor, name, 0)) {
+        if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
+            // The name stands alone: it stays, and the value goes behind it.
+            replacement.reserve(encoded.size() + 3);
+            replacement += u"=\"";
+            position = cursor.tokenEnd + 1;
+        } else {
+            // The old value goes, with its quotes if it had any.
+            replacement.reserve(encoded.size() + 2);
+            replacement += u'"';
+            bool quoted = (cursor.flags & CursorQuoted) != 0;
+            position = quoted ? cursor.tokenStart - 1 : cursor.tokenStart;
+            count = cursor.TokenLength() + (quoted ? 2 : 0);
+        }
+    } else {
+        size_t nameLength = std::char_traits<wchar>::length(name);
+        replacement.reserve(encoded.size() + 4 + nameLength);
+        replacement += u' ';
+        replacement.append(name, nameLength);
+        replacement += u"=\"";
+        position = cursor.next;
+    }
+    replacement += encoded;
+    replacement += u'"';
+
+    int32_t delta = int32_t(replacement.size()) - count;
+    if (onElement && Rec(index).StartTagChars() + int64_t(delta) > ElementRecord::kStartTagMask)
+        return false; // the start tag would outgrow its record field
+    SpliceDoc(position, count, replacement);
+    if (onElement) {
+        ElementRecord& rec = Rec(index);
+        rec.SetStartTagChars(rec.StartTagChars() + delta);
+        rec.length += delta;
+        AdjustOffsets(index, delta, false);
+    } else {
+        AdjustForText(m_parentIndex, m_mainIndex, delta);
+        m_nodeLength += delta;
+    }
+    return true;
+}
+
+} // namespace vetra::xml

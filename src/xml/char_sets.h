@@ -1,0 +1,47 @@
+// char_sets.h - the scanner's character sets, tested by one 128-entry table,
+// and CompareNames.
+//
+// Membership is exact: every character at or above 128 belongs to no set.
+// Whether a character can begin a name is a range test, not a set.
+#ifndef VETRA_XML_CHAR_SETS_H
+#define VETRA_XML_CHAR_SETS_H
+
+#include <cstdint>
+
+#include "xml/xml_types.h"
+
+namespace vetra::xml {
+
+/// One bit per set in kCharClass.
+enum CharSet : uint8_t {
+    WhitespaceChars = 0x01,     // tab, line feed, carriage return, space
+    WordEndChars = 0x02,        // whitespace and ! " ' / ; < = > ? backslash
+    PathEndChars = 0x04,        // space and / = [ ]
+    NameEndChars = 0x08,        // whitespace and / >
+    AttribNameEndChars = 0x10,  // whitespace and / = > ?
+    AttribValueEndChars = 0x20, // whitespace and >
+    BeforeSlashChars = 0x40,    // whitespace and " '
+    DeclStartChars = 0x80,      // A E N
+};
+
+extern const uint8_t kCharClass[128];
+
+/// Is `c` a member of `set` (one CharSet bit)?
+inline bool InSet(wchar c, uint8_t set) { return c < 128 && (kCharClass[c] & set) != 0; }
+
+/// Can `c` begin a name: 0x3A or above, except ; < = > ? @ [ \ ] ^ and `.
+inline bool CanBeginName(wchar c) {
+    if (c < 0x3A) return false;
+    if (c >= 0x80) return true;
+    return !((c >= 0x3B && c <= 0x40) || (c >= 0x5B && c <= 0x5E) || c == 0x60);
+}
+
+/// Compares exactly `count` characters of `a` and `b`: 0 if equal, otherwise
+/// the difference of the first differing pair. With `ignoreCase`, ASCII
+/// letters fold until an identical non-ASCII character has been seen; from
+/// then on the comparison is exact.
+int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool ignoreCase);
+
+} // namespace vetra::xml
+
+#endif // VETRA_XML_CHAR_SETS_H

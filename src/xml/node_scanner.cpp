@@ -1,0 +1,189 @@
+// node_scanner.cpp - ScanNode cuts the text into nodes; TokenText copies a token.
+#include "xml/char_sets.h"
+#include "xml/token.h"
+#include "text/result_log.h"
+
+namespace vetra::xml {
+
+namespace {
+enum ScanState : uint32_t {
+    ScanAfterLess = 0x1, ScanAfterBang = 0x2, ScanAfterDash = 0x4, ScanAfterBracket = 0x8,
+    ScanInSpace = 0x10, ScanInDocType = 0x20, ScanInSingle = 0x40, ScanInDouble = 0x80,
+    ScanAfterEquals = 0x100, ScanInBare = 0x200,
+};
+const wchar* TypeWord(uint32_t state, int32_t type) {
+    if ((state & ScanInDocType) || type == NodeDocType) return u"document_type";
+    switch (type) {
+    case NodeElement: return u"start_tag";
+    case ScanEndTag: return u"end_tag";
+    case NodeCData: return u"cdata_section";
+    case NodeProcessing: return u"processing_instruction";
+    case NodeComment: return u"comment";
+    default: return u"tag";
+    }
+}
+} // namespace
+
+WideString TokenText(const TokenCursor& c) {
+    int32_t n = c.tokenEnd - c.tokenStart + 1;
+    return n > 0 ? WideString(c.text + c.tokenStart, size_t(n)) : WideString();
+}
+
+int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
+    const wchar* text = cursor.text;
+    node.start = cursor.next;
+    node.flags = 0;
+    int32_t type = -1;
+    const wchar* terminator = nullptr;
+    int32_t termLength = 0;
+    int32_t nameStart = 0;
+    wchar prev = 0, prev2 = 0;
+    uint32_t state = 0;
+    auto fault = [&](const wchar* key) {
+        terminator = u">";
+        termLength = 1;
+        type = ScanError;
+        text::LogResult(node.report, key, nullptr, 0, cursor.next, -1);
+    };
+    for (int32_t i = cursor.next;; ++i) {
+        wchar c = text[i];
+        if (c == 0) {
+            cursor.next = i;
+            node.length = i - node.start;
+            if (cursor.next == node.start) {
+                node.length = 0;
+                node.type = ScanEnd;
+                return ScanEnd;
+            }
+            if (type == NodeText || type == NodeWhitespace) return node.type = type;
+            text::LogResult(node.report, u"unterminated_tag_syntax", TypeWord(state, type),
+                            text::LogType, node.start, -1);
+            return node.type = ScanError;
+        }
+        if (nameStart != 0) {
+            if (!InSet(c, NameEndChars)) continue;
+            cursor.tokenStart = nameStart;
+            cursor.tokenEnd = i - 1;
+            nameStart = 0;
+            prev = prev2 = 0;
+        }
+        if (terminator != nullptr) {
+            if (c == u'>' && !(state & (ScanInSingle | ScanInDouble))) {
+                cursor.next = i + 1;
+                if (termLength == 1) {
+                    terminator = nullptr;
+                    if (type == 1 && prev == u'/' &&
+                        !(prev2 != 0 && (state & ScanInBare) && !InSet(prev2, BeforeSlashChars)))
+                        node.flags |= NodeEmptyTag;
+                } else if (i > termLength) {
+                    bool same = true;
+                    for (int32_t k = 0; k < termLength - 1; ++k)
+                        if (text[i - (termLength - 1) + k] != terminator[k]) same = false;
+                    if (same) terminator = nullptr;
+                }
+                state &= ~ScanInBare;
+                if (terminator != nullptr) continue;
+                if (state & ScanInDocType) continue;
+                node.length = cursor.next - node.start;
+                return node.type = type;
+            }
+            if (c == u'<' && (type == NodeText || type == -1)) {
+                cursor.next = i;
+                node.length = i - node.start;
+                return node.type = type;
+            }
+            if (type == 1 || type == -1) {
+                if (state & ScanInDouble) {
+                    if (c == u'"') state &= ~ScanInDouble;
+                } else if (state & ScanInSingle) {
+                    if (c == u'\'') state &= ~ScanInSingle;
+                } else if (state & ScanInBare) {
+                    if (InSet(c, WhitespaceChars)) state &= ~ScanInBare;
+                } else if (c == u'"' && (state & ScanAfterEquals)) {
+                    state = (state & ~ScanAfterEquals) | ScanInDouble;
+                } else if (c == u'\'' && (state & ScanAfterEquals)) {
+                    state = (state & ~ScanAfterEquals) | ScanInSingle;
+                } else if (c == u'=' && !(state & ScanAfterEquals) && prev != u'=') {
+                    state |= ScanAfterEquals;
+                } else if (!InSet(c, WhitespaceChars) && (state & ScanAfterEquals)) {
+                    state = (state & ~ScanAfterEquals) | ScanInBare;
+                }
+                prev2 = prev;
+                prev = c;
+            } else if (type == NodeDocType) {
+                if (c == u'"' && !(state & ScanInSingle)) state ^= ScanInDouble;
+                else if (c == u'\'' && !(state & ScanInDouble)) state ^= ScanInSingle;
+            }
+            continue;
+        }
+        if (state == 0) {
+            if (c == u'<') {
+                state = ScanAfterLess;
+            } else if (InSet(c, WhitespaceChars)) {
+                type = NodeWhitespace;
+                state = ScanInSpace;
+            } else {
+                type = NodeText;
+                terminator = u"<";
+                termLength = 1;
+            }
+        } else if (state & ScanInSpace) {
+            if (c == u'<') {
+                cursor.next = i;
+                node.length = i - node.start;
+                return node.type = NodeWhitespace;
+            }
+            if (!InSet(c, WhitespaceChars)) {
+                state &= ~ScanInSpace;
+                type = NodeText;
+                terminator = u"<";
+                termLength = 1;
+            }
+        } else if (state & ScanAfterLess) {
+            state &= ~ScanAfterLess;
+            if (CanBeginName(c)) {
+                type = 1; terminator = u">"; termLength = 1; nameStart = i;
+            } else if (c == u'/') {
+                type = 0; terminator = u">"; termLength = 1; nameStart = i + 1;
+            } else if (c == u'!') {
+                state |= ScanAfterBang;
+            } else if (c == u'?') {
+                type = 16; terminator = u"?>"; termLength = 2; nameStart = i + 1;
+            } else {
+                fault(u"first_tag_syntax");
+            }
+        } else if (state & ScanAfterBang) {
+            state &= ~ScanAfterBang;
+            if (c == u'-') {
+                state |= ScanAfterDash;
+            } else if (state & ScanInDocType) {
+                if (InSet(c, DeclStartChars)) { type = 64; terminator = u">"; termLength = 1; }
+                else fault(u"doctype_tag_syntax");
+            } else if (c == u'[') {
+                state |= ScanAfterBracket;
+            } else if (c == u'D') {
+                state |= ScanInDocType;
+            } else {
+                fault(u"exclamation_tag_syntax");
+            }
+        } else if (state & ScanAfterDash) {
+            state &= ~ScanAfterDash;
+            if (c == u'-') { type = 32; terminator = u"-->"; termLength = 3; }
+            else fault(u"comment_tag_syntax");
+        } else if (state & ScanAfterBracket) {
+            state &= ~ScanAfterBracket;
+            if (c == u'C') { type = 8; terminator = u"]]>"; termLength = 3; }
+            else fault(u"cdata_section_syntax");
+        } else if (state & ScanInDocType) {
+            if (c == u'<') {
+                state |= ScanAfterLess;
+            } else if (c == u'>') {
+                cursor.next = i + 1;
+                node.length = cursor.next - node.start;
+                return node.type = NodeDocType;
+            }
+        }
+    }
+}
+
+} // namespace vetra::xml

@@ -1,0 +1,64 @@
+// token.h - the scanner's state (TokenCursor) and the result of one node
+// scan (NodeToken), and the scanner operations over them.
+//
+// The scanner never writes to the text and copies nothing but in TokenText.
+// ScanNode is in node_scanner.cpp; ScanWord, ScanAttrib and TokenEquals in
+// word_scanner.cpp.
+#ifndef VETRA_XML_TOKEN_H
+#define VETRA_XML_TOKEN_H
+
+#include <cstdint>
+
+#include "xml/xml_types.h"
+
+namespace vetra::xml {
+
+/// Scanner state, set up on the spot by each reading operation.
+struct TokenCursor {
+    int32_t tokenStart = 0;    // first character of the current token
+    int32_t tokenEnd = -1;     // last character; tokenStart - 1 when empty
+    int32_t next = 0;          // where scanning goes on
+    const wchar* text = nullptr; // the null-terminated text
+    uint32_t flags = 0;        // a copy of the document flags, plus CursorQuoted
+    int32_t matchOrigin = 0;   // ScanAttrib: where the scan stood before the match's whitespace
+    int32_t matchGap = 0;      // ScanAttrib: whitespace characters before the matched name
+    void* stream = nullptr;    // stream context; always null in this library
+
+    TokenCursor() = default;
+    TokenCursor(const wchar* t, uint32_t docFlags, int32_t from = 0)
+        : next(from), text(t), flags(docFlags) {}
+    bool IgnoreCase() const { return (flags & DocIgnoreCase) != 0; }
+    int32_t TokenLength() const { return tokenEnd - tokenStart + 1; }
+};
+
+/// The result of one ScanNode.
+struct NodeToken {
+    int32_t type = ScanEnd; // the result code (a NodeType)
+    int32_t start = 0;      // offset of the node's first character
+    int32_t length = 0;     // length of the node
+    uint32_t flags = 0;     // 0 or NodeEmptyTag
+    WideString report;      // result-log text of the syntax faults met; only appended to
+};
+
+/// Scans the next node from `cursor.next`: see node_scanner.cpp.
+int32_t ScanNode(TokenCursor& cursor, NodeToken& node);
+
+/// A copy of the cursor's token.
+WideString TokenText(const TokenCursor& cursor);
+
+/// Reads the next word into the token; false at the end of the text.
+bool ScanWord(TokenCursor& cursor);
+
+/// Finds an attribute of the tag whose name follows `cursor.next`: by name
+/// (its value, or its name if it has none, is left in the token), or with a
+/// null name by index from 0 (its name is left in the token). On failure
+/// `next` stands where a new attribute belongs.
+bool ScanAttrib(TokenCursor& cursor, const wchar* name, int32_t index);
+
+/// Does the token match `name`? The name may go on behind the token with a
+/// member of PathEndChars.
+bool TokenEquals(const TokenCursor& cursor, const wchar* name);
+
+} // namespace vetra::xml
+
+#endif // VETRA_XML_TOKEN_H

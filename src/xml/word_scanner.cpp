@@ -1,0 +1,137 @@
+// word_scanner.cpp - takes a start tag apart in place: ScanWord reads the next
+// word, ScanAttrib finds an attribute by name or index (or the place where a
+// new one belongs), and TokenEquals compares the token with a name.
+//
+// Nothing is copied or written, and no scan looks past the text's NUL. Tags
+// aren't validated here: whatever the node scanner accepted is taken apart.
+#include "xml/char_sets.h"
+#include "xml/token.h"
+
+namespace vetra::xml {
+
+bool TokenEquals(const TokenCursor& cursor, const wchar* name) {
+    const int32_t length = cursor.TokenLength();
+    if (name == nullptr || length < 0) return false;
+    // CompareNames stops at the first difference, and the token holds no NUL,
+    // so a name shorter than the token is never read past its end.
+    if (CompareNames(cursor.text + cursor.tokenStart, name, length, cursor.IgnoreCase()) != 0)
+        return false;
+    const wchar after = name[length];
+    return after == 0 || InSet(after, PathEndChars);
+}
+
+bool ScanWord(TokenCursor& cursor) {
+    const wchar* text = cursor.text;
+    int32_t i = cursor.next;
+    while (InSet(text[i], WhitespaceChars))
+        ++i;
+    cursor.next = i;
+    cursor.tokenStart = i;
+    cursor.tokenEnd = i - 1;
+    if (text[i] == 0) return false;
+    while (text[i] != 0 && !InSet(text[i], WordEndChars))
+        ++i;
+    // A delimiter that starts a word is a word of its own.
+    if (i == cursor.next) ++i;
+    cursor.next = i;
+    cursor.tokenEnd = i - 1;
+    return true;
+}
+
+namespace {
+
+// The matched name becomes the token again, for a match that has no value.
+bool RestoreMatchedName(TokenCursor& cursor, int32_t found) {
+    cursor.tokenStart = cursor.matchGap + cursor.matchOrigin;
+    cursor.next = found + 1;
+    cursor.tokenEnd = found;
+    return true;
+}
+
+} // namespace
+
+bool ScanAttrib(TokenCursor& cursor, const wchar* name, int32_t index) {
+    const wchar* text = cursor.text;
+    int32_t counter = -1; // -1 while the tag's own name is still to come
+    int32_t found = 0;    // tokenEnd of the matched name
+    bool afterEquals = false;
+
+    for (;;) {
+        afterEquals = false;
+        for (;;) {
+            const int32_t origin = cursor.next;
+            int32_t i = origin;
+            while (InSet(text[i], WhitespaceChars))
+                ++i;
+            cursor.next = i;
+            cursor.tokenStart = i;
+            cursor.tokenEnd = i - 1;
+            if (text[i] == 0) {
+                if (found == 0) return false;
+                // The value is empty when the text ends right behind the =.
+                if (afterEquals) return true;
+                return RestoreMatchedName(cursor, found);
+            }
+            const int32_t gap = i - origin;
+
+            const wchar first = text[i];
+            if (first == u'"' || first == u'\'') {
+                cursor.flags |= CursorQuoted;
+                ++i;
+                cursor.tokenStart = i;
+                while (text[i] != 0 && text[i] != first)
+                    ++i;
+                cursor.tokenEnd = i - 1;
+                if (text[i] == first) ++i;
+                cursor.next = i;
+            } else {
+                cursor.flags &= ~CursorQuoted;
+                const uint8_t ends = afterEquals ? AttribValueEndChars : AttribNameEndChars;
+                while (text[i] != 0 && !InSet(text[i], ends))
+                    ++i;
+                if (i == cursor.next) ++i;
+                cursor.next = i;
+                cursor.tokenEnd = i - 1;
+            }
+
+            // A value that belongs to no match is passed over, and so is a
+            // quoted token where a name should stand.
+            if (afterEquals || (cursor.flags & CursorQuoted) != 0) {
+                if (found == 0) break;
+                if (afterEquals) return true;
+                return RestoreMatchedName(cursor, found);
+            }
+
+            const wchar lead = text[cursor.tokenStart];
+            if (lead == u'=') {
+                afterEquals = true;
+                continue;
+            }
+            if (lead == u'>' || lead == u'/' || lead == u'?') {
+                // End of the attributes: stand in front of the whitespace that
+                // precedes the tag's end, where a new attribute goes.
+                cursor.next = origin;
+                if (found == 0) return false;
+                return RestoreMatchedName(cursor, found);
+            }
+
+            // A name. One after a match means the match had no value.
+            if (found != 0) return RestoreMatchedName(cursor, found);
+            if (counter != -1) {
+                if (name == nullptr) {
+                    if (counter == index) return true;
+                } else if (TokenEquals(cursor, name)) {
+                    found = cursor.tokenEnd;
+                    if (found != 0) {
+                        cursor.matchOrigin = origin;
+                        cursor.matchGap = gap;
+                    }
+                }
+            }
+            ++counter;
+            break;
+        }
+    }
+}
+
+} // namespace vetra::xml

@@ -1,0 +1,233 @@
+// xml_parser.cpp - CVTXmlParser, the exported shell over XmlEngine: two
+// pointers, copying and moving, and the path of a computed result.
+//
+// Every operation forwards to the engine; nothing here knows XML.
+#include "vetra/xml_parser.h"
+
+#include <cstdio>
+#include <new>
+#include <utility>
+
+#include "xml/xml_engine.h"
+
+using vetra::xml::WideString;
+using vetra::xml::XmlEngine;
+using vetra::xml::wchar;
+
+static_assert(sizeof(vtchar) == sizeof(wchar), "document text is 16-bit units");
+
+namespace {
+
+const wchar* In(const vtchar* text) { return reinterpret_cast<const wchar*>(text); }
+const vtchar* Out(const wchar* text) { return reinterpret_cast<const vtchar*>(text); }
+
+const vtchar kEmpty[1] = {0};
+
+} // namespace
+
+CVTXmlParser::CVTXmlParser() : m_pEngine(new XmlEngine), m_pResult(nullptr) {}
+
+CVTXmlParser::~CVTXmlParser() {
+    delete m_pEngine;
+    delete m_pResult;
+}
+
+CVTXmlParser::CVTXmlParser(const CVTXmlParser& other)
+    : m_pEngine(new XmlEngine), m_pResult(nullptr) {
+    try {
+        m_pEngine->CopyFrom(*other.m_pEngine);
+    } catch (...) {
+        delete m_pEngine;
+        throw;
+    }
+}
+
+CVTXmlParser& CVTXmlParser::operator=(const CVTXmlParser& other) {
+    if (this != &other) m_pEngine->CopyFrom(*other.m_pEngine);
+    return *this;
+}
+
+CVTXmlParser::CVTXmlParser(CVTXmlParser&& other)
+    : m_pEngine(new XmlEngine), m_pResult(nullptr) {
+    std::swap(m_pEngine, other.m_pEngine);
+}
+
+CVTXmlParser& CVTXmlParser::operator=(CVTXmlParser&& other) noexcept {
+    std::swap(m_pEngine, other.m_pEngine);
+    return *this;
+}
+
+// A computed result: the engine's value moves into m_pResult, whose
+// characters stay valid until the next computed result. The one allocation
+// that never raises: without memory the answer is the empty text.
+const vtchar* CVTXmlParser::Computed(std::basic_string<vtchar>&& value) {
+    if (m_pResult == nullptr) {
+        m_pResult = new (std::nothrow) std::basic_string<vtchar>();
+        if (m_pResult == nullptr) return kEmpty;
+    }
+    *m_pResult = std::move(value);
+    return m_pResult->c_str();
+}
+
+int CVTXmlParser::SetDoc(const vtchar* text) { return m_pEngine->SetDocText(In(text)) ? 1 : 0; }
+
+const vtchar* CVTXmlParser::GetDoc() const { return Out(m_pEngine->m_docText.c_str()); }
+
+const vtchar* CVTXmlParser::GetResultLog() { return Computed(WideString(m_pEngine->m_resultLog)); }
+
+// --- Navigation ------------------------------------------------------------
+
+int CVTXmlParser::FindElem(const vtchar* path) { return m_pEngine->FindElem(In(path)); }
+int CVTXmlParser::FindChildElem(const vtchar* path) { return m_pEngine->FindChildElem(In(path)); }
+int CVTXmlParser::IntoElem() { return m_pEngine->IntoElem(); }
+int CVTXmlParser::OutOfElem() { return m_pEngine->OutOfElem(); }
+void CVTXmlParser::ResetPos() { m_pEngine->ResetPos(); }
+void CVTXmlParser::ResetMainPos() { m_pEngine->ResetMainPos(); }
+void CVTXmlParser::ResetChildPos() { m_pEngine->ResetChildPos(); }
+
+// --- Reading ---------------------------------------------------------------
+
+const vtchar* CVTXmlParser::GetTagName() { return Computed(m_pEngine->NodeName()); }
+const vtchar* CVTXmlParser::GetChildTagName() {
+    return Computed(m_pEngine->ElementName(m_pEngine->m_childIndex));
+}
+const vtchar* CVTXmlParser::GetAttribName(int index) {
+    return Computed(m_pEngine->AttribName(index));
+}
+const vtchar* CVTXmlParser::GetData() {
+    return Computed(m_pEngine->ElementData(m_pEngine->m_mainIndex));
+}
+const vtchar* CVTXmlParser::GetChildData() {
+    return Computed(m_pEngine->ElementData(m_pEngine->m_childIndex));
+}
+const vtchar* CVTXmlParser::GetAttrib(const vtchar* name) {
+    return Computed(m_pEngine->AttribValue(m_pEngine->m_mainIndex, In(name)));
+}
+const vtchar* CVTXmlParser::GetChildAttrib(const vtchar* name) {
+    return Computed(m_pEngine->AttribValue(m_pEngine->m_childIndex, In(name)));
+}
+const vtchar* CVTXmlParser::GetSubDoc() {
+    return Computed(m_pEngine->ElementSubDoc(m_pEngine->m_mainIndex));
+}
+const vtchar* CVTXmlParser::GetChildSubDoc() {
+    return Computed(m_pEngine->ElementSubDoc(m_pEngine->m_childIndex));
+}
+
+// --- Editing ---------------------------------------------------------------
+
+namespace {
+
+using vetra::xml::EditChild;
+using vetra::xml::EditInsertBefore;
+
+// A number as wide text. The buffer is the limit of a formatted value: a
+// text that wouldn't fit is refused rather than cut short.
+struct Number {
+    wchar text[128];
+    bool ok = false;
+    template <typename T> Number(const char* format, T value) {
+        char narrow[sizeof text / sizeof text[0]];
+        int n = std::snprintf(narrow, sizeof narrow, format, value);
+        ok = n >= 0 && size_t(n) < sizeof narrow;
+        for (int i = 0; ok && i <= n; ++i) text[i] = wchar(static_cast<unsigned char>(narrow[i]));
+    }
+};
+
+const wchar* OrEmpty(const vtchar* text) { return text != nullptr ? In(text) : u""; }
+
+} // namespace
+
+int CVTXmlParser::AddElem(const vtchar* name, const vtchar* value) {
+    if (name == nullptr) return 0;
+    return m_pEngine->AddElement(In(name), OrEmpty(value), 0) ? 1 : 0;
+}
+
+#define VT_NUMERIC_ADD_ELEM(type, format)                                       \
+    int CVTXmlParser::AddElem(const vtchar* name, type value) {                 \
+        Number number(format, value);                                           \
+        if (!number.ok || name == nullptr) return 0;                            \
+        return m_pEngine->AddElement(In(name), number.text, 0) ? 1 : 0;         \
+    }
+VT_NUMERIC_ADD_ELEM(unsigned long long, "%llu")
+VT_NUMERIC_ADD_ELEM(long long, "%lld")
+VT_NUMERIC_ADD_ELEM(double, "%f")
+VT_NUMERIC_ADD_ELEM(unsigned int, "%u")
+VT_NUMERIC_ADD_ELEM(int, "%d")
+#undef VT_NUMERIC_ADD_ELEM
+
+int CVTXmlParser::InsertElem(const vtchar* name, const vtchar* value) {
+    if (name == nullptr) return 0;
+    return m_pEngine->AddElement(In(name), In(value), EditInsertBefore) ? 1 : 0;
+}
+
+int CVTXmlParser::AddChildElem(const vtchar* name, const vtchar* value) {
+    if (name == nullptr) return 0;
+    return m_pEngine->AddElement(In(name), OrEmpty(value), EditChild) ? 1 : 0;
+}
+
+int CVTXmlParser::AddSubDoc(const vtchar* text) {
+    return m_pEngine->AddSubDocument(OrEmpty(text), 0) ? 1 : 0;
+}
+int CVTXmlParser::InsertSubDoc(const vtchar* text) {
+    return m_pEngine->AddSubDocument(OrEmpty(text), EditInsertBefore) ? 1 : 0;
+}
+int CVTXmlParser::AddChildSubDoc(const vtchar* text) {
+    return m_pEngine->AddSubDocument(OrEmpty(text), EditChild) ? 1 : 0;
+}
+
+int CVTXmlParser::RemoveElem() { return m_pEngine->RemoveElem(); }
+int CVTXmlParser::RemoveChildElem() { return m_pEngine->RemoveChildElem(); }
+
+// Attributes: one engine operation behind every name and overload.
+namespace {
+int WriteAttrib(XmlEngine& engine, int32_t index, const vtchar* name, const wchar* value) {
+    if (name == nullptr) return 0;
+    return engine.WriteAttrib(index, In(name), value, 0) ? 1 : 0;
+}
+} // namespace
+
+int CVTXmlParser::AddAttrib(const vtchar* name, const vtchar* value) {
+    return WriteAttrib(*m_pEngine, m_pEngine->m_mainIndex, name, OrEmpty(value));
+}
+
+#define VT_NUMERIC_ATTRIB(method, index, type, format)                          \
+    int CVTXmlParser::method(const vtchar* name, type value) {                  \
+        Number number(format, value);                                           \
+        if (!number.ok) return 0;                                               \
+        return WriteAttrib(*m_pEngine, m_pEngine->index, name, number.text);    \
+    }
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned long long, "%llu")
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, long long, "%lld")
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, double, "%f")
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned int, "%u")
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, int, "%d")
+VT_NUMERIC_ATTRIB(SetAttrib, m_mainIndex, int, "%d")
+VT_NUMERIC_ATTRIB(AddChildAttrib, m_childIndex, int, "%d")
+VT_NUMERIC_ATTRIB(SetChildAttrib, m_childIndex, int, "%d")
+#undef VT_NUMERIC_ATTRIB
+
+int CVTXmlParser::SetAttrib(const vtchar* name, const vtchar* value) {
+    return AddAttrib(name, value);
+}
+int CVTXmlParser::AddChildAttrib(const vtchar* name, const vtchar* value) {
+    return WriteAttrib(*m_pEngine, m_pEngine->m_childIndex, name, OrEmpty(value));
+}
+int CVTXmlParser::SetChildAttrib(const vtchar* name, const vtchar* value) {
+    return AddChildAttrib(name, value);
+}
+
+int CVTXmlParser::SetData(const vtchar* text, int flags) {
+    return m_pEngine->WriteData(m_pEngine->m_mainIndex, OrEmpty(text), uint32_t(flags)) ? 1 : 0;
+}
+int CVTXmlParser::SetChildData(const vtchar* text, int flags) {
+    return m_pEngine->WriteData(m_pEngine->m_childIndex, OrEmpty(text), uint32_t(flags)) ? 1 : 0;
+}
+
+// --- Saved positions -------------------------------------------------------
+
+int CVTXmlParser::SavePos(const vtchar* name) {
+    return m_pEngine->SavePosition(OrEmpty(name)) ? 1 : 0;
+}
+int CVTXmlParser::RestorePos(const vtchar* name) {
+    return m_pEngine->RestorePosition(OrEmpty(name)) ? 1 : 0;
+}

@@ -1,0 +1,27 @@
+# Fails unless every dynamic symbol that libvetra defines belongs to the
+# public surface: the CVT classes, VETRA_ functions, the vtmem_ family and
+# MulDiv64.
+execute_process(COMMAND nm -D --defined-only -C ${LIB}
+  OUTPUT_VARIABLE out RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "nm failed on ${LIB}")
+endif()
+string(REPLACE "\n" ";" lines "${out}")
+set(count 0)
+foreach(line IN LISTS lines)
+  if(line STREQUAL "")
+    continue()
+  endif()
+  string(REGEX REPLACE "^[0-9a-fA-F]* +[A-Za-z] +" "" sym "${line}")
+  if(sym MATCHES "^VETRA_0$")
+    continue()
+  endif()
+  if(NOT sym MATCHES "^(typeinfo( name)? for |vtable for )?(CVT|VETRA_|vtmem_|_vtmem_|MulDiv64)")
+    message(FATAL_ERROR "unexpected export: ${sym}")
+  endif()
+  math(EXPR count "${count}+1")
+endforeach()
+if(count EQUAL 0)
+  message(FATAL_ERROR "libvetra exports nothing")
+endif()
+message(STATUS "${count} exported symbols, all public")

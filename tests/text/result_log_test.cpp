@@ -1,0 +1,94 @@
+// Tests of the result log: the exact entries that parsing writes, and
+// LogResult's attribute naming, updates and limit.
+#include <gtest/gtest.h>
+
+#include "support/doc_script.h"
+#include "text/result_log.h"
+
+using namespace vetra::text;
+using vetra::test::S;
+using vetra::test::Show;
+
+namespace {
+
+TEST(ResultLog, EntriesOfAParse) {
+    const struct {
+        const char16_t* text;
+        const char16_t* log;
+    } cases[] = {
+        {u"", u""},
+        {u"<a/>", u""},
+        {u"<a/><b/>", u"<root_has_sibling/>"},
+        {u"plain", u"<no_root_element/>"},
+        {u"<!-- c -->", u"<no_root_element/>"},
+        {u"<a></b>", u"<lone_end_tag tagname=\"b\" offset=\"3\"/>"
+                     u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"7\"/>"},
+        {u"<a><b></a>", u"<unended_start_tag tagname=\"b\" offset=\"3\" offset2=\"7\"/>"},
+        {u"<a>", u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"3\"/>"},
+        {u"<a><b/><c/>",
+         u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"11\"/><root_has_sibling/>"},
+        {u"<a></b></a>", u"<lone_end_tag tagname=\"b\" offset=\"3\"/>"},
+        {u"<a><1></a>", u"<first_tag_syntax offset=\"3\"/>"},
+        {u"<a b=\"c></a>",
+         u"<unterminated_tag_syntax type=\"start_tag\" offset=\"0\"/><no_root_element/>"},
+        {u"</a>", u"<lone_end_tag tagname=\"a\" offset=\"0\"/><no_root_element/>"},
+        {u"<a><!x><!-x><![x></a>",
+         u"<exclamation_tag_syntax offset=\"3\"/><comment_tag_syntax offset=\"7\"/>"
+         u"<cdata_section_syntax offset=\"12\"/>"},
+        {u"<a>x<", u"<unterminated_tag_syntax type=\"tag\" offset=\"4\"/>"
+                   u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"5\"/>"},
+        {u"<a t=\"&quot;\"/></a\"b>",
+         u"<lone_end_tag tagname=\"a&quot;b\" offset=\"15\"/>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(Show(c.text));
+        CVTXmlParser doc;
+        doc.SetDoc(c.text);
+        EXPECT_EQ(Show(S(doc.GetResultLog())), Show(c.log));
+    }
+}
+
+TEST(ResultLog, AttributeNamingAndOrder) {
+    const struct {
+        const char16_t* text;
+        uint32_t flags;
+        int32_t value, value2;
+        const char16_t* entry;
+    } cases[] = {
+        {nullptr, 0, -1, -1, u"<k/>"},
+        {u"t", 0, 5, 6, u"<k tagname=\"t\" offset=\"5\" offset2=\"6\"/>"},
+        {u"t", LogType, 5, -1, u"<k type=\"t\" offset=\"5\"/>"},
+        {u"t", LogEncoding | LogLength, 120, -1, u"<k encoding=\"t\" length=\"120\"/>"},
+        {u"", LogEncoding | LogLength, 0, -1, u"<k encoding=\"\" length=\"0\"/>"},
+        {u"m", LogNumber | LogMessage, -1, -1, u"<k msg=\"m\" n=\"-1\"/>"},
+        {nullptr, LogCount, 3, -1, u"<k count=\"3\"/>"},
+        {u"say \"<&>\"", LogMessage, -1, -1, u"<k msg=\"say &quot;&lt;&amp;&gt;&quot;\"/>"},
+    };
+    for (const auto& c : cases) {
+        WideString log;
+        LogResult(log, u"k", c.text, c.flags, c.value, c.value2);
+        EXPECT_EQ(Show(log), Show(c.entry));
+    }
+}
+
+TEST(ResultLog, UpdatesTheFirstEntryOfAKey) {
+    WideString log = u"<bom/><read encoding=\"\" length=\"120\"/><read length=\"1\"/>";
+    LogResult(log, u"read", u"UTF-8", LogUpdate | LogEncoding, -1, -1);
+    LogResult(log, u"read", nullptr, LogUpdate | LogLength, 118, -1);
+    EXPECT_EQ(Show(log),
+              Show(u"<bom/><read encoding=\"UTF-8\" length=\"118\"/><read length=\"1\"/>"));
+    WideString before = log;
+    LogResult(log, u"absent", u"x", LogUpdate | LogEncoding, -1, -1);
+    EXPECT_EQ(log, before);
+}
+
+TEST(ResultLog, LimitIsTestedBeforeAnEntryStarts) {
+    WideString log = u"<x a=\"" + WideString(999 - 9, u'y') + u"\"/>";
+    ASSERT_EQ(log.size(), 999u);
+    LogResult(log, u"k", nullptr, 0, -1, -1);
+    EXPECT_EQ(log.size(), 999u + 4);
+    LogResult(log, u"k", nullptr, 0, -1, -1);
+    EXPECT_EQ(log.size(), 999u + 4);
+}
+
+} // namespace

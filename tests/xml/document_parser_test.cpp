@@ -1,0 +1,168 @@
+// Tests of the document parser at the level of records: what each text
+// gives as result, records in document order and the flags of record 0,
+// including the repairs of ill-formed text.
+#include <gtest/gtest.h>
+
+#include "support/record_check.h"
+#include "xml/open_element_stack.h"
+#include "xml/xml_engine.h"
+
+using namespace vetra::xml;
+using vetra::test::CheckRecords;
+using vetra::test::DocumentOrder;
+using vetra::test::RecordView;
+
+namespace {
+
+constexpr uint32_t F = ElemFirstSibling, U = ElemUnended, I = ElemFaultInside,
+                   W = ElemIllFormed;
+
+struct ParseCase {
+    const char16_t* text;
+    bool result;
+    uint32_t docFlags; // flags of record 0
+    // start, length, startTagChars, endTagChars, level, flags, depth, childCount
+    std::vector<RecordView> records;
+};
+
+TEST(DocumentParser, RecordsOfEachText) {
+    const ParseCase cases[] = {
+        {u"", false, 0, {}},
+        {u"<a/>", true, 0, {{0, 4, 4, 0, 0, F, 0, 0}}},
+        {u"<?xml version=\"1.0\"?><!-- c --><a>t</a>\r\n  ", true, 0,
+         {{31, 8, 3, 4, 0, F, 0, 0}}},
+        {u"<a/><b/>", false, 0, {{0, 4, 4, 0, 0, F, 0, 0}, {4, 4, 4, 0, 0, 0, 0, 0}}},
+        {u"no tags", false, 0, {}},
+        {u"<!-- only a comment -->", false, 0, {}},
+        {u"<a></b></a>", false, W, {{0, 11, 3, 4, 0, F | I, 0, 0}}},
+        {u"<a><b></a>", false, W, {{0, 10, 3, 4, 0, F, 0, 1}, {3, 3, 3, 0, 1, F | U, 1, 0}}},
+        {u"<a>", false, W, {{0, 3, 3, 0, 0, F | U, 0, 0}}},
+        // An unended element's children become its following siblings and
+        // keep their levels.
+        {u"<a><b/><c/>", false, W,
+         {{0, 3, 3, 0, 0, F | U, 0, 0}, {3, 4, 4, 0, 1, 0, 0, 0}, {7, 4, 4, 0, 1, 0, 0, 0}}},
+        {u"<a><b>x</a>y</b>", false, W | I,
+         {{0, 11, 3, 4, 0, F, 0, 1}, {3, 3, 3, 0, 1, F | U, 1, 0}}},
+        {u"<A></a>", false, W | I, {{0, 3, 3, 0, 0, F | U, 0, 0}}},
+        {u"<a></a  >", true, 0, {{0, 9, 3, 6, 0, F, 0, 0}}},
+        {u"<a><1></a>", false, W, {{0, 10, 3, 4, 0, F | I, 0, 0}}},
+        {u"<a b=\"c></a>", false, W | I, {}},
+        {u"<a><b><!x>", false, W | I,
+         {{0, 3, 3, 0, 0, F | U, 0, 0}, {3, 3, 3, 0, 1, U, 0, 0}}},
+        {u"</a>", false, W | I, {}},
+        // The end tag matches the innermost open name first, and the name
+        // of a start tag runs to whitespace, / or >.
+        {u"<a;b x='1'><c></c></a;b>", true, 0,
+         {{0, 24, 11, 6, 0, F, 0, 1}, {11, 7, 3, 4, 1, F, 1, 0}}},
+        // Nested unended elements unfold into a row, innermost last.
+        {u"<r><a><b><c></r>", false, W,
+         {{0, 16, 3, 4, 0, F, 0, 3},
+          {3, 3, 3, 0, 1, F | U, 1, 0},
+          {6, 3, 3, 0, 2, U, 1, 0},
+          {9, 3, 3, 0, 3, U, 1, 0}}},
+        // Text, CDATA, PIs and doctype nodes give no records.
+        {u"<!DOCTYPE r [<!ENTITY e \"<x>\">]><r><![CDATA[<y/>]]><?p <z/>?>t</r>", true, 0,
+         {{32, 34, 3, 4, 0, F, 0, 0}}},
+    };
+    for (const ParseCase& c : cases) {
+        SCOPED_TRACE(std::string(c.text, c.text + std::char_traits<char16_t>::length(c.text)));
+        XmlEngine engine;
+        EXPECT_EQ(engine.SetDocText(c.text), c.result);
+        EXPECT_EQ(engine.Rec(0).Flags(), c.docFlags);
+        EXPECT_EQ(engine.Rec(0).length, int32_t(std::char_traits<char16_t>::length(c.text)));
+        std::vector<RecordView> got = DocumentOrder(engine);
+        ASSERT_EQ(got.size(), c.records.size());
+        for (size_t i = 0; i < got.size(); ++i) {
+            const RecordView& g = got[i];
+            const RecordView& w = c.records[i];
+            EXPECT_TRUE(g == w) << "record " << i << " got {" << g.start << ", " << g.length
+                                << ", " << g.startTagChars << ", " << g.endTagChars << ", "
+                                << g.level << ", 0x" << std::hex << g.flags << std::dec << ", "
+                                << g.depth << ", " << g.childCount << "}";
+        }
+        EXPECT_EQ(CheckRecords(engine), "");
+        EXPECT_EQ(engine.m_mainIndex, 0);
+        EXPECT_EQ(engine.m_nodeType, 0);
+    }
+}
+
+TEST(DocumentParser, SingleChildClosesItsOwnRing) {
+    XmlEngine engine(u"<r><a/></r>");
+    const ElementRecord& a = engine.Rec(engine.Rec(1).firstChild);
+    EXPECT_EQ(a.prevSibling, 2);
+    EXPECT_EQ(a.nextSibling, 0);
+    EXPECT_TRUE(a.Has(ElemFirstSibling));
+}
+
+TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
+    for (int depth : {10, 5000}) {
+        std::u16string text;
+        for (int i = 0; i < depth; ++i) text += u"<e>";
+        for (int i = 0; i < depth; ++i) text += u"</e>";
+        XmlEngine engine;
+        ASSERT_TRUE(engine.SetDocText(text.c_str()));
+        EXPECT_EQ(CheckRecords(engine, {true}), "");
+        for (int i = 1; i <= depth; ++i) {
+            const ElementRecord& r = engine.Rec(i);
+            EXPECT_EQ(r.Level(), i - 1);
+            EXPECT_EQ(r.start, 3 * (i - 1));
+            EXPECT_EQ(r.length, 7 * (depth - i + 1));
+        }
+    }
+    OpenElementStack stack;
+    for (int i = 0; i < 10; ++i) stack.Push(u"e", 1);
+    EXPECT_EQ(stack.capacity, 14);
+    EXPECT_EQ(stack.depth, 10);
+}
+
+TEST(DocumentParser, UnendedElementsAtDepthCloseWithoutRecursion) {
+    // 100,000 start tags and no end tag: all become a row of siblings.
+    std::u16string text;
+    for (int i = 0; i < 100000; ++i) text += u"<e>";
+    XmlEngine engine;
+    EXPECT_FALSE(engine.SetDocText(text.c_str()));
+    EXPECT_EQ(CheckRecords(engine), "");
+    EXPECT_EQ(DocumentOrder(engine).size(), 100000u);
+}
+
+TEST(DocumentParser, EndTagTooLongForItsFieldClosesNothing) {
+    std::u16string name(1100, u'n');
+    std::u16string text = u"<" + name + u">x</" + name + u">";
+    XmlEngine engine;
+    EXPECT_FALSE(engine.SetDocText(text.c_str()));
+    EXPECT_TRUE(engine.Rec(1).Has(ElemUnended));
+    EXPECT_EQ(CheckRecords(engine), "");
+}
+
+TEST(DocumentParser, ReparseResetsRecordsPositionAndFreedChain) {
+    XmlEngine engine(u"<r><a/><b/></r>");
+    engine.m_mainIndex = 1;
+    engine.FreeRecord(3);
+    EXPECT_TRUE(engine.SetDocText(u"<x/>"));
+    EXPECT_EQ(engine.m_nextRecord, 2);
+    EXPECT_EQ(engine.m_freedHead, 0);
+    EXPECT_EQ(engine.m_mainIndex, 0);
+    EXPECT_EQ(CheckRecords(engine, {true}), "");
+}
+
+TEST(DocumentParser, IgnoreCaseMatchesEndTags) {
+    XmlEngine engine;
+    engine.m_docFlags = DocIgnoreCase;
+    EXPECT_TRUE(engine.SetDocText(u"<A><b></B></a>"));
+    engine.m_docFlags = 0;
+    EXPECT_FALSE(engine.SetDocText(u"<A><b></B></a>"));
+}
+
+TEST(DocumentParser, StreamModesDecideTheResult) {
+    XmlEngine engine(u"<a/><b/>");
+    engine.m_docFlags = DocReadStream;
+    EXPECT_TRUE(engine.ParseDocument()); // two roots, but not ill-formed
+    engine.m_docText = u"<a>";
+    EXPECT_FALSE(engine.ParseDocument());
+    engine.m_docFlags = DocWriteStream;
+    EXPECT_TRUE(engine.ParseDocument());
+    EXPECT_FALSE(engine.SetDocText(u"<a/>")); // refused in a stream mode
+    EXPECT_EQ(engine.m_docText, u"<a>");
+}
+
+} // namespace
