@@ -12,14 +12,14 @@ CXX=clang++ cmake -S . -B "$dir" -G Ninja -DVETRA_BUILD_FUZZ=ON -DVETRA_BUILD_TE
   -DVETRA_BUILD_EXAMPLES=OFF -DVETRA_SANITIZE=address,undefined >/dev/null
 targets=$(sed -n 's/^vetra_fuzz_target(\(.*\))$/\1/p' fuzz/CMakeLists.txt)
 # shellcheck disable=SC2086
-cmake --build "$dir" -j"$(nproc)" --target $targets
+cmake --build "$dir" -j"$(nproc)" --target $targets | tail -n 1
 for t in $targets; do
   work="$dir/corpus-$t"
   mkdir -p "$work" "$dir/artifacts-$t"
   seeds=(fuzz/corpus/"${t%_fuzz}")
   [[ -d tests/data/fuzz/$t ]] && seeds+=("tests/data/fuzz/$t")
   echo "fuzz: $t for ${seconds}s"
-  "$dir/$t" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+  "$dir/fuzz/$t" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
     -dict=fuzz/xml16.dict -artifact_prefix="$dir/artifacts-$t/" -print_final_stats=1 \
     "$work" "${seeds[@]}" 2>&1 | tail -n 12
 done

@@ -81,7 +81,7 @@ size_t DecodeUnits(const unsigned char* s, size_t n, char16_t* out, size_t capac
             if (lead == 0xED) high = 0x9F; // surrogates
         } else if (lead >= 0xF0 && lead <= 0xF4) {
             whole = 4;
-            if (lead == 0xF0) low = 0x80;  // overlong below U+10000
+            if (lead == 0xF0) low = 0x90;  // overlong below U+10000
             if (lead == 0xF4) high = 0x8F; // above U+10FFFF
         }
         if (whole != 0 && i + 1 < n && s[i + 1] >= low && s[i + 1] <= high) {

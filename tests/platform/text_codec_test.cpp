@@ -112,6 +112,7 @@ TEST(TextCodec, ConversionsInCodePages) {
         {1252, kToWide, "A\x81\x8D", {u'A', R, R}},
         {932, kToWide, "A\x82", {u'A', R}},
         {936, kToWide, "\xD6", {R}},
+        {54936, kToWide, "A\x94\x39\xFC", {u'A', R}},
         {20127, kToWide, "A\xC3\xA9", {u'A', R, R}},
         {50220, kToWide, "\x1B$B4", {R}},
     };

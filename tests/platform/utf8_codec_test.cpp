@@ -90,6 +90,7 @@ TEST(Utf8Codec, EncodingSurrogates) {
         {u"A\xD83D", "A" + r, true},
         {u"\xDE00\x41", r + "A", true},
         {u"\xDE00\xD83D", r + r, true},
+        {u"\xDC00\xDC00", r + r, true},
         {u"\xD83D\xD83D\xDE00", r + "\xF0\x9F\x98\x80", true},
     };
     for (size_t i = 0; i < std::size(cases); ++i) {
