@@ -1,4 +1,12 @@
-// node_scanner.cpp - ScanNode cuts the text into nodes; TokenText copies a token.
+// node_scanner.cpp - ScanNode cuts the text into nodes, and TokenText
+// copies a token.
+//
+// The scanner is lenient: it finds the extent of a tag without validating
+// its inside, and reports only what stops it from finding that extent. It
+// looks at every character once, copies nothing and never writes the text.
+// Per character, in order: the end of the text; the name being read; the
+// inside of a node whose terminator is known (with quote tracking); and the
+// openers between nodes, where the five syntax faults arise.
 #include "xml/char_sets.h"
 #include "xml/token.h"
 #include "text/result_log.h"
@@ -6,6 +14,8 @@
 namespace vetra::xml {
 
 namespace {
+
+// The scan's state bits.
 enum ScanState : uint32_t {
     ScanAfterLess = 0x1, ScanAfterBang = 0x2, ScanAfterDash = 0x4, ScanAfterBracket = 0x8,
     ScanInSpace = 0x10, ScanInDocType = 0x20, ScanInSingle = 0x40, ScanInDouble = 0x80,
