@@ -1,6 +1,8 @@
 // Fuzz target: any bytes, read as UTF-16 units, become a document through
-// SetDoc; the records must then satisfy every invariant. No text may crash
-// the parser, hang it or make it read outside the text.
+// SetDoc; the records must then satisfy every invariant, and the whole
+// document is walked with the navigation operations, reading every name,
+// attribute (by index and by name) and data. No text may crash the parser,
+// hang it or make it read outside the text.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +13,53 @@
 #include "vetra/xml_parser.h"
 #include "xml/xml_engine.h"
 
+namespace {
+
+void Check(bool ok, const char* what) {
+    if (!ok) {
+        std::fprintf(stderr, "broken: %s\n", what);
+        std::abort();
+    }
+}
+
+// Depth-first over the whole tree with FindElem, IntoElem and OutOfElem,
+// reading everything at each element. Returns the elements visited.
+size_t Walk(CVTXmlParser& doc) {
+    size_t visited = 0;
+    int depth = 0;
+    doc.ResetPos();
+    for (;;) {
+        if (doc.FindElem()) {
+            ++visited;
+            std::u16string name = doc.GetTagName();
+            for (int i = 0;; ++i) {
+                std::u16string attrib = doc.GetAttribName(i);
+                if (attrib.empty()) break;
+                doc.GetAttrib(attrib.c_str());
+            }
+            doc.GetAttrib(name.c_str());
+            doc.GetData();
+            doc.GetSubDoc();
+            if (doc.FindChildElem()) {
+                doc.GetChildTagName();
+                doc.GetChildData();
+                doc.GetChildAttrib(u"a");
+                doc.GetChildSubDoc();
+                doc.ResetChildPos();
+            }
+            Check(doc.IntoElem() == 1, "IntoElem on a found element");
+            ++depth;
+        } else if (depth > 0) {
+            Check(doc.OutOfElem() == 1, "OutOfElem below the document level");
+            --depth;
+        } else {
+            return visited;
+        }
+    }
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::u16string text(size / 2, u'\0');
     std::memcpy(text.data(), data, text.size() * 2);
@@ -18,15 +67,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     vetra::xml::XmlEngine engine;
     engine.SetDocText(text.c_str());
     std::string problem = vetra::test::CheckRecords(engine);
-    if (!problem.empty()) {
-        std::fprintf(stderr, "invariant broken: %s\n", problem.c_str());
-        std::abort();
-    }
+    Check(problem.empty(), problem.c_str());
+    size_t elements = vetra::test::DocumentOrder(engine).size();
 
-    // The exported class on the same text, and a copy of it.
     CVTXmlParser doc;
     doc.SetDoc(text.c_str());
+    Check(Walk(doc) == elements, "the walk visits every element once");
+    doc.GetResultLog();
+
     CVTXmlParser copy(doc);
-    if (std::u16string(copy.GetDoc()) != std::u16string(doc.GetDoc())) std::abort();
+    Check(std::u16string(copy.GetDoc()) == std::u16string(doc.GetDoc()), "copy has the text");
     return 0;
 }

@@ -13,13 +13,23 @@ CXX=clang++ cmake -S . -B "$dir" -G Ninja -DVETRA_BUILD_FUZZ=ON -DVETRA_BUILD_TE
 targets=$(sed -n 's/^vetra_fuzz_target(\(.*\))$/\1/p' fuzz/CMakeLists.txt)
 # shellcheck disable=SC2086
 cmake --build "$dir" -j"$(nproc)" --target $targets | tail -n 1
+status=0
 for t in $targets; do
   work="$dir/corpus-$t"
+  log="$dir/fuzz-$t.log"
   mkdir -p "$work" "$dir/artifacts-$t"
   seeds=(fuzz/corpus/"${t%_fuzz}")
   [[ -d tests/data/fuzz/$t ]] && seeds+=("tests/data/fuzz/$t")
   echo "fuzz: $t for ${seconds}s"
+  rc=0
   "$dir/fuzz/$t" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
     -dict=fuzz/xml16.dict -artifact_prefix="$dir/artifacts-$t/" -print_final_stats=1 \
-    "$work" "${seeds[@]}" 2>&1 | tail -n 12
+    "$work" "${seeds[@]}" >"$log" 2>&1 || rc=$?
+  grep -E "^(Done|stat::number_of_executed)" "$log" || true
+  if ((rc != 0)); then
+    echo "fuzz: $t FAILED (exit $rc); the end of its log:"
+    tail -n 40 "$log"
+    status=1
+  fi
 done
+exit $status
