@@ -21,6 +21,49 @@ enum ScanState : uint32_t {
     ScanInSpace = 0x10, ScanInDocType = 0x20, ScanInSingle = 0x40, ScanInDouble = 0x80,
     ScanAfterEquals = 0x100, ScanInBare = 0x200,
 };
+// Skip classes: which characters end a run that the scan can pass over in a
+// tight loop. A run's characters would change nothing but `prev` and
+// `prev2`; NUL ends every run, and no character above 127 ends any.
+enum SkipStop : uint8_t {
+    StopText = 0x01,    // a text run: < and >
+    StopDouble = 0x02,  // inside "...": the closing quote
+    StopSingle = 0x04,  // inside '...': the closing quote
+    StopBare = 0x08,    // an unquoted value: whitespace and >
+    StopTag = 0x10,     // a start tag outside values: = and >
+    StopClose = 0x20,   // end tags, comments, CDATA, instructions: >
+    StopDecl = 0x40,    // a declaration inside a document type: > and quotes
+    StopDocType = 0x80, // between declarations of a document type: < and >
+};
+
+constexpr uint8_t StopsOf(int c) {
+    switch (c) {
+    case 0: return 0xFF;
+    case '<': return StopText | StopDocType;
+    case '>': return StopText | StopBare | StopTag | StopClose | StopDecl | StopDocType;
+    case '"': return StopDouble | StopDecl;
+    case '\'': return StopSingle | StopDecl;
+    case '=': return StopTag;
+    case '\t': case '\n': case '\r': case ' ': return StopBare;
+    default: return 0;
+    }
+}
+
+struct StopTable {
+    uint8_t v[128];
+    constexpr StopTable() : v() {
+        for (int c = 0; c < 128; ++c) v[c] = StopsOf(c);
+    }
+};
+constexpr StopTable kStops;
+
+// The first offset from i whose character is in `stops`.
+inline int32_t SkipTo(const wchar* text, int32_t i, uint8_t stops) {
+    for (;; ++i) {
+        wchar c = text[i];
+        if (c < 128 && (kStops.v[c] & stops)) return i;
+    }
+}
+
 const wchar* TypeWord(uint32_t state, int32_t type) {
     if ((state & ScanInDocType) || type == NodeDocType) return u"document_type";
     switch (type) {
@@ -56,6 +99,37 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
         text::LogResult(node.report, key, nullptr, 0, cursor.next, -1);
     };
     for (int32_t i = cursor.next;; ++i) {
+        // Pass over runs in which no rule would do more than shift `prev`.
+        if (nameStart != 0) {
+            while (text[i] >= 128 || (text[i] != 0 && !InSet(text[i], NameEndChars))) ++i;
+        } else if (terminator != nullptr) {
+            uint8_t stops = 0;
+            if (type == NodeText) {
+                stops = StopText;
+            } else if (type == NodeElement) {
+                stops = (state & ScanInDouble)      ? StopDouble
+                        : (state & ScanInSingle)    ? StopSingle
+                        : (state & ScanInBare)      ? StopBare
+                        : (state & ScanAfterEquals) ? 0
+                                                    : StopTag;
+            } else if (type == NodeDocType) {
+                stops = StopDecl;
+            } else if (type != ScanError) {
+                stops = StopClose;
+            }
+            if (stops != 0) {
+                int32_t from = i;
+                i = SkipTo(text, i, stops);
+                if (type == NodeElement && i > from) {
+                    prev2 = i - from >= 2 ? text[i - 2] : prev;
+                    prev = text[i - 1];
+                }
+            }
+        } else if (state == ScanInSpace) {
+            while (InSet(text[i], WhitespaceChars)) ++i;
+        } else if (state == ScanInDocType) {
+            i = SkipTo(text, i, StopDocType);
+        }
         wchar c = text[i];
         if (c == 0) {
             cursor.next = i;
