@@ -199,8 +199,6 @@ class VETRA_API CVTXmlParser {
     const vtchar* GetResultLog();
 
   private:
-    const vtchar* Computed(std::basic_string<vtchar>&& value);
-
     vetra::xml::XmlEngine* m_pEngine;         // never null; owned
     std::basic_string<vtchar>* m_pResult;     // backs computed results; owned
 };

@@ -16,6 +16,7 @@ namespace vetra::xml {
 using text::LogResult;
 
 bool XmlEngine::ParseDocument() {
+    ++m_textGeneration; // callers may have set the text directly
     m_parentIndex = m_mainIndex = m_childIndex = 0;
     m_nodeType = m_nodeOffset = m_nodeLength = 0;
     DiscardSavedPositions();

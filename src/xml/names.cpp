@@ -8,46 +8,67 @@
 
 namespace vetra::xml {
 
-WideString XmlEngine::ElementName(int32_t index) const {
-    if (index == 0) return WideString();
-    TokenCursor cursor(m_docText.c_str(), m_docFlags, Rec(index).start + 1);
-    if (!ScanWord(cursor)) return WideString();
-    return TokenText(cursor);
+namespace {
+
+void SetToken(const TokenCursor& cursor, WideString& out) {
+    int32_t n = cursor.TokenLength();
+    if (n > 0)
+        out.assign(cursor.text + cursor.tokenStart, size_t(n));
+    else
+        out.clear();
 }
 
-WideString XmlEngine::NodeName() const {
-    if (m_nodeLength == 0) return ElementName(m_mainIndex);
+} // namespace
+
+void XmlEngine::ElementName(int32_t index, WideString& out) const {
+    out.clear();
+    if (index == 0) return;
+    TokenCursor cursor(m_docText.c_str(), m_docFlags, Rec(index).start + 1);
+    if (ScanWord(cursor)) SetToken(cursor, out);
+}
+
+void XmlEngine::NodeName(WideString& out) const {
+    if (m_nodeLength == 0) return ElementName(m_mainIndex, out);
+    out.clear();
     TokenCursor cursor(m_docText.c_str(), m_docFlags, m_nodeOffset + 2);
     switch (m_nodeType) {
     case NodeText:
     case NodeWhitespace:
-        return u"#text";
+        out = u"#text";
+        break;
     case NodeCData:
-        return u"#cdata-section";
+        out = u"#cdata-section";
+        break;
     case NodeComment:
-        return u"#comment";
+        out = u"#comment";
+        break;
     case NodeProcessing:
     case NodeLoneEndTag:
-        return ScanWord(cursor) ? TokenText(cursor) : WideString();
+        if (ScanWord(cursor)) SetToken(cursor, out);
+        break;
     case NodeDocType:
         // The first word is the keyword; the second is the declared name.
-        if (!ScanWord(cursor) || !ScanWord(cursor)) return WideString();
-        return TokenText(cursor);
+        if (ScanWord(cursor) && ScanWord(cursor)) SetToken(cursor, out);
+        break;
     default:
-        return WideString();
+        break;
     }
 }
 
-WideString XmlEngine::AttribName(int32_t attribIndex) const {
+void XmlEngine::AttribName(int32_t attribIndex, WideString& out) const {
+    out.clear();
     TokenCursor cursor(m_docText.c_str(), m_docFlags);
     if (m_mainIndex != 0 && m_nodeType == NodeElement)
         cursor.next = Rec(m_mainIndex).start + 1;
     else if (m_nodeLength != 0 && m_nodeType == NodeProcessing)
         cursor.next = m_nodeOffset + 2;
     else
-        return WideString();
-    if (!ScanAttrib(cursor, nullptr, attribIndex)) return WideString();
-    return TokenText(cursor);
+        return;
+    // Names are read one index after another: the index keeps the scan's
+    // place instead of starting again from the tag.
+    m_attribIndex.Select(m_textGeneration, cursor.next);
+    TokenCursor name;
+    if (m_attribIndex.Name(cursor, attribIndex, name)) SetToken(name, out);
 }
 
 } // namespace vetra::xml

@@ -203,17 +203,21 @@ size_t EscapeIndex(wchar c) {
 
 } // namespace
 
-WideString DecodeText(const wchar* text, int32_t length, uint32_t flags) {
-    WideString out;
-    if (text == nullptr) return out;
+void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString& out) {
+    if (text == nullptr) return;
     size_t n = length < 0 ? std::char_traits<wchar>::length(text) : size_t(length);
     // Decoding never lengthens, except for a reference running past `length`.
-    out.reserve(n);
+    out.reserve(out.size() + n);
     if ((flags & (DocTrimSpace | DocCollapseSpace)) == 0) {
         DecodePlain(text, n, out);
     } else {
         DecodeSpaced(text, n, (flags & DocCollapseSpace) != 0, out);
     }
+}
+
+WideString DecodeText(const wchar* text, int32_t length, uint32_t flags) {
+    WideString out;
+    DecodeTextTo(text, length, flags, out);
     return out;
 }
 

@@ -29,6 +29,9 @@ constexpr std::u16string_view EscapeTexts[5] = {u"&lt;", u"&amp;", u"&gt;", u"&q
 /// begun inside the range may end beyond it, but never beyond the NUL, which
 /// must exist. `flags` are document flags: DocTrimSpace and DocCollapseSpace.
 WideString DecodeText(const wchar* text, int32_t length, uint32_t flags);
+/// As DecodeText, appending to `out`; the whitespace flags act on the
+/// appended piece alone.
+void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString& out);
 
 /// Escapes < & > (and with EditAttribText the quotes) of the NUL-terminated
 /// `text`, which must not be null. With EditKeepRefs a well-formed reference

@@ -55,6 +55,13 @@ bool ScanWord(TokenCursor& cursor);
 /// `next` stands where a new attribute belongs.
 bool ScanAttrib(TokenCursor& cursor, const wchar* name, int32_t index);
 
+/// ScanAttrib taken up where an earlier scan of the same tag stood:
+/// `counter` is the index the next name gets (-1 before the tag's name),
+/// `found` the tokenEnd of a name already matched (with matchOrigin and
+/// matchGap set), else 0. ScanAttrib itself is ScanAttribFrom(..., -1, 0).
+bool ScanAttribFrom(TokenCursor& cursor, const wchar* name, int32_t index, int32_t counter,
+                    int32_t found);
+
 /// Does the token match `name`? The name may go on behind the token with a
 /// member of PathEndChars.
 bool TokenEquals(const TokenCursor& cursor, const wchar* name);

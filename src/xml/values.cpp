@@ -13,20 +13,26 @@ namespace vetra::xml {
 namespace {
 
 // Data of a current non-element node, by its type.
-WideString NodeData(const WideString& text, int32_t type, int32_t offset, int32_t length,
-                    uint32_t flags) {
+void NodeData(const WideString& text, int32_t type, int32_t offset, int32_t length, uint32_t flags,
+              WideString& out) {
     const wchar* p = text.c_str() + offset;
     auto raw = [&](int32_t skip, int32_t less) {
         int32_t n = length - less;
-        return n > 0 ? WideString(p + skip, size_t(n)) : WideString();
+        if (n > 0) out.assign(p + skip, size_t(n));
     };
     switch (type) {
-    case NodeComment: return raw(4, 7);
-    case NodeProcessing: return raw(2, 4);
-    case NodeCData: return raw(9, 12);
-    case NodeText: return DecodeText(p, length, flags);
-    case NodeLoneEndTag: return raw(2, 3);
-    default: return raw(0, 0);
+    case NodeComment:
+        return raw(4, 7);
+    case NodeProcessing:
+        return raw(2, 4);
+    case NodeCData:
+        return raw(9, 12);
+    case NodeText:
+        return DecodeTextTo(p, length, flags, out);
+    case NodeLoneEndTag:
+        return raw(2, 3);
+    default:
+        return raw(0, 0);
     }
 }
 
@@ -36,58 +42,65 @@ int32_t XmlEngine::ElementTextEnd(int32_t index) const {
     const wchar* text = m_docText.c_str();
     int32_t end = Rec(index).start + Rec(index).length;
     int32_t p = end;
-    while (InSet(text[p], WhitespaceChars)) ++p;
+    while (InSet(text[p], WhitespaceChars))
+        ++p;
     // The whitespace belongs to the element only when a tag or the end of
     // the text follows it; before text it stays with the text.
     return (text[p] == 0 || text[p] == u'<') ? p : end;
 }
 
-WideString XmlEngine::ElementData(int32_t index) const {
+void XmlEngine::ElementData(int32_t index, WideString& out) const {
+    out.clear();
     if (index == m_mainIndex && m_nodeLength != 0)
-        return NodeData(m_docText, m_nodeType, m_nodeOffset, m_nodeLength, m_docFlags);
-    if (index == 0) return WideString();
+        return NodeData(m_docText, m_nodeType, m_nodeOffset, m_nodeLength, m_docFlags, out);
+    if (index == 0) return;
     const ElementRecord& r = Rec(index);
-    if (r.StartTagChars() == r.length || r.firstChild != 0) return WideString();
+    if (r.StartTagChars() == r.length || r.firstChild != 0) return;
 
     const wchar* text = m_docText.c_str();
     int32_t contentStart = r.ContentStart();
     int32_t contentEnd = contentStart + r.ContentLength();
     int32_t lt = contentStart;
-    while (lt < contentEnd && text[lt] != u'<') ++lt;
-    if (lt >= contentEnd) return DecodeText(text + contentStart, contentEnd - contentStart, m_docFlags);
+    while (lt < contentEnd && text[lt] != u'<')
+        ++lt;
+    if (lt >= contentEnd)
+        return DecodeTextTo(text + contentStart, contentEnd - contentStart, m_docFlags, out);
 
     // The content holds more than text: keep text and CDATA, drop the rest.
-    WideString data;
     TokenCursor cursor(text, m_docFlags, contentStart);
     NodeToken node;
     while (cursor.next < contentEnd) {
         int32_t type = ScanNode(cursor, node);
         if (type == NodeText)
-            data += DecodeText(text + node.start, node.length, m_docFlags);
+            DecodeTextTo(text + node.start, node.length, m_docFlags, out);
         else if (type == NodeCData && node.length >= 12)
-            data.append(text + node.start + 9, size_t(node.length - 12));
+            out.append(text + node.start + 9, size_t(node.length - 12));
         else if (type == ScanEnd)
             break;
     }
-    return data;
 }
 
-WideString XmlEngine::AttribValue(int32_t index, const wchar* name) const {
+void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) const {
+    out.clear();
     TokenCursor cursor(m_docText.c_str(), m_docFlags);
     if (index != 0 && m_nodeType == NodeElement)
         cursor.next = Rec(index).start + 1;
     else if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
         cursor.next = m_nodeOffset + 2;
     else
-        return WideString();
-    if (name == nullptr || !ScanAttrib(cursor, name, 0)) return WideString();
-    return DecodeText(cursor.text + cursor.tokenStart, cursor.TokenLength(), m_docFlags);
+        return;
+    if (name == nullptr) return;
+    m_attribIndex.Select(m_textGeneration, cursor.next);
+    TokenCursor value;
+    if (!m_attribIndex.Value(cursor, name, value)) return;
+    DecodeTextTo(value.text + value.tokenStart, value.TokenLength(), m_docFlags, out);
 }
 
-WideString XmlEngine::ElementSubDoc(int32_t index) const {
-    if (index == 0 || (m_docFlags & DocStreamModes)) return WideString();
+void XmlEngine::ElementSubDoc(int32_t index, WideString& out) const {
+    out.clear();
+    if (index == 0 || (m_docFlags & DocStreamModes)) return;
     const ElementRecord& r = Rec(index);
-    return WideString(m_docText.c_str() + r.start, size_t(ElementTextEnd(index) - r.start));
+    out.assign(m_docText.c_str() + r.start, size_t(ElementTextEnd(index) - r.start));
 }
 
 } // namespace vetra::xml

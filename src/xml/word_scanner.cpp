@@ -51,9 +51,14 @@ bool RestoreMatchedName(TokenCursor& cursor, int32_t found) {
 } // namespace
 
 bool ScanAttrib(TokenCursor& cursor, const wchar* name, int32_t index) {
+    return ScanAttribFrom(cursor, name, index, -1, 0);
+}
+
+bool ScanAttribFrom(TokenCursor& cursor, const wchar* name, int32_t index, int32_t counter,
+                    int32_t found) {
+    // counter: -1 while the tag's own name is still to come.
+    // found: tokenEnd of the matched name, 0 until a match.
     const wchar* text = cursor.text;
-    int32_t counter = -1; // -1 while the tag's own name is still to come
-    int32_t found = 0;    // tokenEnd of the matched name
     bool afterEquals = false;
 
     for (;;) {

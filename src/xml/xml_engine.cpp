@@ -57,6 +57,7 @@ void XmlEngine::CopyFrom(const XmlEngine& other) {
     m_nodeOffset = other.m_nodeOffset;
     m_nodeLength = other.m_nodeLength;
     m_docFlags = other.m_docFlags;
+    ++m_textGeneration;
 }
 
 bool XmlEngine::SetDocText(const wchar* text) {
@@ -69,11 +70,13 @@ bool XmlEngine::SetDocText(const wchar* text) {
         m_pStore->Release();
     }
     m_resultLog.clear();
+    ++m_textGeneration;
     return ParseDocument();
 }
 
 void XmlEngine::SpliceDoc(int32_t position, int32_t count, const wchar* replacement,
                           int32_t length) {
+    ++m_textGeneration;
     int32_t newLength = int32_t(m_docText.size()) + length - count;
     if (size_t(newLength) > m_docText.capacity())
         m_docText.reserve(size_t(newLength) + 128 + size_t(newLength / 2));

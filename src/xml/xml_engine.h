@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "xml/attrib_index.h"
 #include "xml/element_store.h"
 #include "xml/token.h"
 #include "xml/xml_types.h"
@@ -93,14 +94,33 @@ class XmlEngine {
     int32_t FindSibling(int32_t parent, int32_t after, const PathQuery& query);
 
     // --- Names (names.cpp) -------------------------------------------------
-    WideString ElementName(int32_t index) const;
-    WideString NodeName() const;
-    WideString AttribName(int32_t attribIndex) const;
+    // Each read sets `out` (reusing its memory); the by-value forms wrap them.
+    void ElementName(int32_t index, WideString& out) const;
+    void NodeName(WideString& out) const;
+    void AttribName(int32_t attribIndex, WideString& out) const;
+    WideString ElementName(int32_t index) const { return Read(&XmlEngine::ElementName, index); }
+    WideString NodeName() const {
+        WideString out;
+        NodeName(out);
+        return out;
+    }
+    WideString AttribName(int32_t attribIndex) const {
+        return Read(&XmlEngine::AttribName, attribIndex);
+    }
 
     // --- Values (values.cpp) -----------------------------------------------
-    WideString ElementData(int32_t index) const;
-    WideString AttribValue(int32_t index, const wchar* name) const;
-    WideString ElementSubDoc(int32_t index) const;
+    void ElementData(int32_t index, WideString& out) const;
+    void AttribValue(int32_t index, const wchar* name, WideString& out) const;
+    void ElementSubDoc(int32_t index, WideString& out) const;
+    WideString ElementData(int32_t index) const { return Read(&XmlEngine::ElementData, index); }
+    WideString AttribValue(int32_t index, const wchar* name) const {
+        WideString out;
+        AttribValue(index, name, out);
+        return out;
+    }
+    WideString ElementSubDoc(int32_t index) const {
+        return Read(&XmlEngine::ElementSubDoc, index);
+    }
     /// Where the text of an element ends when it is taken out whole: behind
     /// the whitespace that follows it if a tag or the end of the text comes
     /// next, else at the element's own end.
@@ -148,7 +168,17 @@ class XmlEngine {
     SavedTables* m_pSavedTables = nullptr; // owned
     ElementStore* m_pStore = nullptr;      // owned
 
+    // Not part of the document: a count of text changes, and the attribute
+    // names of the last tag read, valid for one count.
+    uint64_t m_textGeneration = 1;
+    mutable AttribIndex m_attribIndex;
+
   private:
+    WideString Read(void (XmlEngine::*read)(int32_t, WideString&) const, int32_t arg) const {
+        WideString out;
+        (this->*read)(arg, out);
+        return out;
+    }
     /// Sets the node fields after a move: on an element if main isn't 0.
     void SettleNode() {
         m_nodeType = m_mainIndex != 0 ? NodeElement : 0;

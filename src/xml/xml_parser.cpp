@@ -10,16 +10,20 @@
 
 #include "xml/xml_engine.h"
 
+using vetra::xml::wchar;
 using vetra::xml::WideString;
 using vetra::xml::XmlEngine;
-using vetra::xml::wchar;
 
 static_assert(sizeof(vtchar) == sizeof(wchar), "document text is 16-bit units");
 
 namespace {
 
-const wchar* In(const vtchar* text) { return reinterpret_cast<const wchar*>(text); }
-const vtchar* Out(const wchar* text) { return reinterpret_cast<const vtchar*>(text); }
+const wchar* In(const vtchar* text) {
+    return reinterpret_cast<const wchar*>(text);
+}
+const vtchar* Out(const wchar* text) {
+    return reinterpret_cast<const vtchar*>(text);
+}
 
 const vtchar kEmpty[1] = {0};
 
@@ -47,8 +51,7 @@ CVTXmlParser& CVTXmlParser::operator=(const CVTXmlParser& other) {
     return *this;
 }
 
-CVTXmlParser::CVTXmlParser(CVTXmlParser&& other)
-    : m_pEngine(new XmlEngine), m_pResult(nullptr) {
+CVTXmlParser::CVTXmlParser(CVTXmlParser&& other) : m_pEngine(new XmlEngine), m_pResult(nullptr) {
     std::swap(m_pEngine, other.m_pEngine);
 }
 
@@ -57,60 +60,93 @@ CVTXmlParser& CVTXmlParser::operator=(CVTXmlParser&& other) noexcept {
     return *this;
 }
 
-// A computed result: the engine's value moves into m_pResult, whose
-// characters stay valid until the next computed result. The one allocation
-// that never raises: without memory the answer is the empty text.
-const vtchar* CVTXmlParser::Computed(std::basic_string<vtchar>&& value) {
-    if (m_pResult == nullptr) {
-        m_pResult = new (std::nothrow) std::basic_string<vtchar>();
-        if (m_pResult == nullptr) return kEmpty;
+// A computed result: the engine writes the value into m_pResult, reusing
+// its memory, and the characters stay valid until the next computed result.
+// Creating m_pResult is the one allocation that never raises: without
+// memory the answer is the empty text.
+template <typename Read> const vtchar* Computed(std::basic_string<vtchar>*& result, Read read) {
+    if (result == nullptr) {
+        result = new (std::nothrow) std::basic_string<vtchar>();
+        if (result == nullptr) return kEmpty;
     }
-    *m_pResult = std::move(value);
-    return m_pResult->c_str();
+    read(*result);
+    return result->c_str();
 }
 
-int CVTXmlParser::SetDoc(const vtchar* text) { return m_pEngine->SetDocText(In(text)) ? 1 : 0; }
+int CVTXmlParser::SetDoc(const vtchar* text) {
+    return m_pEngine->SetDocText(In(text)) ? 1 : 0;
+}
 
-const vtchar* CVTXmlParser::GetDoc() const { return Out(m_pEngine->m_docText.c_str()); }
+const vtchar* CVTXmlParser::GetDoc() const {
+    return Out(m_pEngine->m_docText.c_str());
+}
 
-const vtchar* CVTXmlParser::GetResultLog() { return Computed(WideString(m_pEngine->m_resultLog)); }
+const vtchar* CVTXmlParser::GetResultLog() {
+    return Computed(m_pResult, [&](WideString& out) { out = m_pEngine->m_resultLog; });
+}
 
 // --- Navigation ------------------------------------------------------------
 
-int CVTXmlParser::FindElem(const vtchar* path) { return m_pEngine->FindElem(In(path)); }
-int CVTXmlParser::FindChildElem(const vtchar* path) { return m_pEngine->FindChildElem(In(path)); }
-int CVTXmlParser::IntoElem() { return m_pEngine->IntoElem(); }
-int CVTXmlParser::OutOfElem() { return m_pEngine->OutOfElem(); }
-void CVTXmlParser::ResetPos() { m_pEngine->ResetPos(); }
-void CVTXmlParser::ResetMainPos() { m_pEngine->ResetMainPos(); }
-void CVTXmlParser::ResetChildPos() { m_pEngine->ResetChildPos(); }
+int CVTXmlParser::FindElem(const vtchar* path) {
+    return m_pEngine->FindElem(In(path));
+}
+int CVTXmlParser::FindChildElem(const vtchar* path) {
+    return m_pEngine->FindChildElem(In(path));
+}
+int CVTXmlParser::IntoElem() {
+    return m_pEngine->IntoElem();
+}
+int CVTXmlParser::OutOfElem() {
+    return m_pEngine->OutOfElem();
+}
+void CVTXmlParser::ResetPos() {
+    m_pEngine->ResetPos();
+}
+void CVTXmlParser::ResetMainPos() {
+    m_pEngine->ResetMainPos();
+}
+void CVTXmlParser::ResetChildPos() {
+    m_pEngine->ResetChildPos();
+}
 
 // --- Reading ---------------------------------------------------------------
 
-const vtchar* CVTXmlParser::GetTagName() { return Computed(m_pEngine->NodeName()); }
+const vtchar* CVTXmlParser::GetTagName() {
+    return Computed(m_pResult, [&](WideString& out) { m_pEngine->NodeName(out); });
+}
 const vtchar* CVTXmlParser::GetChildTagName() {
-    return Computed(m_pEngine->ElementName(m_pEngine->m_childIndex));
+    return Computed(m_pResult,
+                    [&](WideString& out) { m_pEngine->ElementName(m_pEngine->m_childIndex, out); });
 }
 const vtchar* CVTXmlParser::GetAttribName(int index) {
-    return Computed(m_pEngine->AttribName(index));
+    return Computed(m_pResult, [&](WideString& out) { m_pEngine->AttribName(index, out); });
 }
 const vtchar* CVTXmlParser::GetData() {
-    return Computed(m_pEngine->ElementData(m_pEngine->m_mainIndex));
+    return Computed(m_pResult,
+                    [&](WideString& out) { m_pEngine->ElementData(m_pEngine->m_mainIndex, out); });
 }
 const vtchar* CVTXmlParser::GetChildData() {
-    return Computed(m_pEngine->ElementData(m_pEngine->m_childIndex));
+    return Computed(m_pResult,
+                    [&](WideString& out) { m_pEngine->ElementData(m_pEngine->m_childIndex, out); });
 }
 const vtchar* CVTXmlParser::GetAttrib(const vtchar* name) {
-    return Computed(m_pEngine->AttribValue(m_pEngine->m_mainIndex, In(name)));
+    return Computed(m_pResult, [&](WideString& out) {
+        m_pEngine->AttribValue(m_pEngine->m_mainIndex, In(name), out);
+    });
 }
 const vtchar* CVTXmlParser::GetChildAttrib(const vtchar* name) {
-    return Computed(m_pEngine->AttribValue(m_pEngine->m_childIndex, In(name)));
+    return Computed(m_pResult, [&](WideString& out) {
+        m_pEngine->AttribValue(m_pEngine->m_childIndex, In(name), out);
+    });
 }
 const vtchar* CVTXmlParser::GetSubDoc() {
-    return Computed(m_pEngine->ElementSubDoc(m_pEngine->m_mainIndex));
+    return Computed(
+        m_pResult, [&](WideString& out) { m_pEngine->ElementSubDoc(m_pEngine->m_mainIndex, out); });
 }
 const vtchar* CVTXmlParser::GetChildSubDoc() {
-    return Computed(m_pEngine->ElementSubDoc(m_pEngine->m_childIndex));
+    return Computed(m_pResult, [&](WideString& out) {
+        m_pEngine->ElementSubDoc(m_pEngine->m_childIndex, out);
+    });
 }
 
 // --- Editing ---------------------------------------------------------------
@@ -129,11 +165,14 @@ struct Number {
         char narrow[sizeof text / sizeof text[0]];
         int n = std::snprintf(narrow, sizeof narrow, format, value);
         ok = n >= 0 && size_t(n) < sizeof narrow;
-        for (int i = 0; ok && i <= n; ++i) text[i] = wchar(static_cast<unsigned char>(narrow[i]));
+        for (int i = 0; ok && i <= n; ++i)
+            text[i] = wchar(static_cast<unsigned char>(narrow[i]));
     }
 };
 
-const wchar* OrEmpty(const vtchar* text) { return text != nullptr ? In(text) : u""; }
+const wchar* OrEmpty(const vtchar* text) {
+    return text != nullptr ? In(text) : u"";
+}
 
 } // namespace
 
@@ -142,11 +181,11 @@ int CVTXmlParser::AddElem(const vtchar* name, const vtchar* value) {
     return m_pEngine->AddElement(In(name), OrEmpty(value), 0) ? 1 : 0;
 }
 
-#define VT_NUMERIC_ADD_ELEM(type, format)                                       \
-    int CVTXmlParser::AddElem(const vtchar* name, type value) {                 \
-        Number number(format, value);                                           \
-        if (!number.ok || name == nullptr) return 0;                            \
-        return m_pEngine->AddElement(In(name), number.text, 0) ? 1 : 0;         \
+#define VT_NUMERIC_ADD_ELEM(type, format)                                                          \
+    int CVTXmlParser::AddElem(const vtchar* name, type value) {                                    \
+        Number number(format, value);                                                              \
+        if (!number.ok || name == nullptr) return 0;                                               \
+        return m_pEngine->AddElement(In(name), number.text, 0) ? 1 : 0;                            \
     }
 VT_NUMERIC_ADD_ELEM(unsigned long long, "%llu")
 VT_NUMERIC_ADD_ELEM(long long, "%lld")
@@ -175,8 +214,12 @@ int CVTXmlParser::AddChildSubDoc(const vtchar* text) {
     return m_pEngine->AddSubDocument(OrEmpty(text), EditChild) ? 1 : 0;
 }
 
-int CVTXmlParser::RemoveElem() { return m_pEngine->RemoveElem(); }
-int CVTXmlParser::RemoveChildElem() { return m_pEngine->RemoveChildElem(); }
+int CVTXmlParser::RemoveElem() {
+    return m_pEngine->RemoveElem();
+}
+int CVTXmlParser::RemoveChildElem() {
+    return m_pEngine->RemoveChildElem();
+}
 
 // Attributes: one engine operation behind every name and overload.
 namespace {
@@ -190,11 +233,11 @@ int CVTXmlParser::AddAttrib(const vtchar* name, const vtchar* value) {
     return WriteAttrib(*m_pEngine, m_pEngine->m_mainIndex, name, OrEmpty(value));
 }
 
-#define VT_NUMERIC_ATTRIB(method, index, type, format)                          \
-    int CVTXmlParser::method(const vtchar* name, type value) {                  \
-        Number number(format, value);                                           \
-        if (!number.ok) return 0;                                               \
-        return WriteAttrib(*m_pEngine, m_pEngine->index, name, number.text);    \
+#define VT_NUMERIC_ATTRIB(method, index, type, format)                                             \
+    int CVTXmlParser::method(const vtchar* name, type value) {                                     \
+        Number number(format, value);                                                              \
+        if (!number.ok) return 0;                                                                  \
+        return WriteAttrib(*m_pEngine, m_pEngine->index, name, number.text);                       \
     }
 VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned long long, "%llu")
 VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, long long, "%lld")

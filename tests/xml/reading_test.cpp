@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/doc_script.h"
+#include "xml/token.h"
 #include "xml/xml_engine.h"
 
 using namespace vetra::xml;
@@ -77,12 +78,9 @@ TEST(Reading, AttributeNamesByIndex) {
         const char16_t* tag;
         std::vector<std::u16string> names; // index 0, 1, ... then one more gives ""
     } cases[] = {
-        {u"<a b=\"1\" c=\"2\"/>", {u"b", u"c"}},
-        {u"<a/>", {}},
-        {u"<a b c=\"1\">", {u"b", u"c"}},
-        {u"<a \"x\" b=\"1\">", {u"b"}},
-        {u"<a b&#120;=\"1\"/>", {u"b&#120;"}},
-        {u"<a k=\"1\" k=\"2\"/>", {u"k", u"k"}},
+        {u"<a b=\"1\" c=\"2\"/>", {u"b", u"c"}}, {u"<a/>", {}},
+        {u"<a b c=\"1\">", {u"b", u"c"}},        {u"<a \"x\" b=\"1\">", {u"b"}},
+        {u"<a b&#120;=\"1\"/>", {u"b&#120;"}},   {u"<a k=\"1\" k=\"2\"/>", {u"k", u"k"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.tag));
@@ -175,6 +173,49 @@ TEST(Reading, WhitespaceFlagsApplyToDecodedValues) {
     e.m_docFlags = DocCollapseSpace;
     EXPECT_EQ(e.ElementData(1), u"x y");
     EXPECT_EQ(e.AttribValue(1, u"k"), u"a b");
+}
+
+} // namespace
+
+namespace {
+
+// The attribute index must give what a scan of the tag from its start gives,
+// whatever order the reads come in, and forget a tag once the text changes.
+TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
+    const char16_t alphabet[] = u"ab=\"' />?\t\u00E9";
+    const char16_t* names[] = {u"a", u"b", u"ab", u"a=", u"/", u""};
+    uint32_t state = 12345;
+    auto next = [&](uint32_t n) {
+        state = state * 1103515245 + 12345;
+        return (state >> 8) % n;
+    };
+    for (int round = 0; round < 20000; ++round) {
+        std::u16string tag = u"<e ";
+        for (uint32_t k = next(14); k > 0; --k)
+            tag += alphabet[next(11)];
+        XmlEngine e((tag + u"/>").c_str());
+        if (e.Rec(0).firstChild == 0) continue;
+        e.FindElem(nullptr);
+        const int32_t start = e.Rec(e.m_mainIndex).start + 1;
+        for (int read = 0; read < 12; ++read) {
+            TokenCursor fresh(e.m_docText.c_str(), 0, start);
+            if (next(2) == 0) {
+                int32_t index = int32_t(next(7)) - 1;
+                WideString expect = ScanAttrib(fresh, nullptr, index) ? TokenText(fresh) : u"";
+                ASSERT_EQ(e.AttribName(index), expect) << Show(tag) << " index " << index;
+            } else {
+                const char16_t* name = names[next(6)];
+                WideString expect = ScanAttrib(fresh, name, 0) ? TokenText(fresh) : u"";
+                ASSERT_EQ(e.AttribValue(e.m_mainIndex, name), expect)
+                    << Show(tag) << " " << Show(name);
+            }
+        }
+        // An edit of the tag makes the kept names stale.
+        e.WriteAttrib(e.m_mainIndex, u"z", u"1", 0);
+        TokenCursor fresh(e.m_docText.c_str(), 0, start);
+        EXPECT_EQ(e.AttribValue(e.m_mainIndex, u"z"),
+                  ScanAttrib(fresh, u"z", 0) ? TokenText(fresh) : u"");
+    }
 }
 
 } // namespace

@@ -1,0 +1,43 @@
+// attrib_index.h - the attribute names of the last start tag read, kept so
+// that reading attributes one by one doesn't rescan the tag from its start
+// for every index and every value.
+//
+// It holds positions only, never text, and is keyed by the text generation:
+// any change of the text makes it stale. Edits scan the tag afresh.
+#ifndef VETRA_XML_ATTRIB_INDEX_H
+#define VETRA_XML_ATTRIB_INDEX_H
+
+#include <cstdint>
+#include <vector>
+
+#include "xml/token.h"
+
+namespace vetra::xml {
+
+class AttribIndex {
+  public:
+    /// Starts over on the tag whose scans begin at `tagNext`, unless it holds
+    /// that tag already for this text generation.
+    void Select(uint64_t generation, int32_t tagNext);
+    /// The name token of attribute `index`, scanning on as far as needed.
+    /// False if the tag has no such attribute.
+    bool Name(const TokenCursor& base, int32_t index, TokenCursor& out);
+    /// ScanAttrib by name: the first attribute called `name`, its value (or
+    /// name) left in `out`'s token.
+    bool Value(const TokenCursor& base, const wchar* name, TokenCursor& out);
+
+  private:
+    struct Entry {
+        int32_t origin, start, end, next; // as ScanAttrib leaves them at the name
+    };
+    bool ScanOn(const TokenCursor& base); // appends the next name; false at the end
+
+    uint64_t m_generation = 0; // 0 never matches: the engine counts from 1
+    int32_t m_tagNext = -1;
+    bool m_complete = false;
+    std::vector<Entry> m_names;
+};
+
+} // namespace vetra::xml
+
+#endif // VETRA_XML_ATTRIB_INDEX_H
