@@ -20,18 +20,17 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     else
         return false;
 
-    WideString encoded = EncodeText(value, flags | EditAttribText);
+    // The replacement is built in one string: its head, the encoded value
+    // appended in place, and the closing quote.
     WideString replacement;
     int32_t position, count = 0;
     if (ScanAttrib(cursor, name, 0)) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.
-            replacement.reserve(encoded.size() + 3);
             replacement += u"=\"";
             position = cursor.tokenEnd + 1;
         } else {
             // The old value goes, with its quotes if it had any.
-            replacement.reserve(encoded.size() + 2);
             replacement += u'"';
             bool quoted = (cursor.flags & CursorQuoted) != 0;
             position = quoted ? cursor.tokenStart - 1 : cursor.tokenStart;
@@ -39,13 +38,13 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
         }
     } else {
         size_t nameLength = std::char_traits<wchar>::length(name);
-        replacement.reserve(encoded.size() + 4 + nameLength);
+        replacement.reserve(nameLength + 4);
         replacement += u' ';
         replacement.append(name, nameLength);
         replacement += u"=\"";
         position = cursor.next;
     }
-    replacement += encoded;
+    EncodeTextTo(value, flags | EditAttribText, replacement);
     replacement += u'"';
 
     int32_t delta = int32_t(replacement.size()) - count;

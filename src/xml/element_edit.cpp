@@ -34,19 +34,23 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     splice.flags = flags;
     int32_t length, startTag, endTag = 0;
     if (!hasValue) {
-        const wchar* close = (flags & EditNoEndTag) ? u">" : (flags & EditSpacedSlash) ? u" />" : u"/>";
+        const wchar* close = (flags & EditNoEndTag)      ? u">"
+                             : (flags & EditSpacedSlash) ? u" />"
+                                                         : u"/>";
         splice.text.reserve(nameLength + 6);
         splice.text += u'<';
         splice.text.append(name, nameLength);
         splice.text += close;
         length = startTag = int32_t(splice.text.size());
     } else {
-        WideString encoded = (flags & EditCData) ? EncodeCData(value) : EncodeText(value, flags);
-        splice.text.reserve(encoded.size() + 2 * nameLength + 7);
+        splice.text.reserve(2 * nameLength + 7);
         splice.text += u'<';
         splice.text.append(name, nameLength);
         splice.text += u'>';
-        splice.text += encoded;
+        if (flags & EditCData)
+            splice.text += EncodeCData(value);
+        else
+            EncodeTextTo(value, flags, splice.text);
         splice.text += u"</";
         splice.text.append(name, nameLength);
         splice.text += u'>';

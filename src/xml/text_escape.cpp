@@ -222,9 +222,14 @@ WideString DecodeText(const wchar* text, int32_t length, uint32_t flags) {
 }
 
 WideString EncodeText(const wchar* text, uint32_t flags) {
-    size_t n = std::char_traits<wchar>::length(text);
     WideString out;
-    out.reserve(n + n / 10 + 7);
+    EncodeTextTo(text, flags, out);
+    return out;
+}
+
+void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out) {
+    size_t n = std::char_traits<wchar>::length(text);
+    out.reserve(out.size() + n + n / 10 + 7);
     const uint64_t escaped = kMarkupBits | ((flags & EditAttribText) ? kQuoteBits : 0);
     const bool keepRefs = (flags & EditKeepRefs) != 0;
     size_t i = 0;
@@ -244,7 +249,6 @@ WideString EncodeText(const wchar* text, uint32_t flags) {
         out += EscapeTexts[EscapeIndex(text[end])];
         i = end + 1;
     }
-    return out;
 }
 
 WideString EncodeCData(const wchar* text) {

@@ -37,6 +37,8 @@ void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString&
 /// `text`, which must not be null. With EditKeepRefs a well-formed reference
 /// passes unchanged.
 WideString EncodeText(const wchar* text, uint32_t flags);
+/// As EncodeText, appending to `out`.
+void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out);
 
 /// `text` as one CDATA section, split into several where it holds "]]>".
 WideString EncodeCData(const wchar* text);

@@ -4,6 +4,7 @@
 // Every operation forwards to the engine; nothing here knows XML.
 #include "vetra/xml_parser.h"
 
+#include <charconv>
 #include <cstdio>
 #include <new>
 #include <utility>
