@@ -24,7 +24,8 @@ class OpenElementStack {
     void Push(const wchar* name, int32_t length) {
         ++depth;
         if (depth == capacity) {
-            std::unique_ptr<WideString[]> larger(new WideString[size_t(capacity) * 2]);
+            size_t largerSize = size_t(uint32_t(capacity)) * 2;
+            std::unique_ptr<WideString[]> larger(new WideString[largerSize]);
             for (int32_t i = 1; i < depth; ++i) larger[i] = std::move(m_entries[i]);
             m_entries = std::move(larger);
             capacity *= 2;

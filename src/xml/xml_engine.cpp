@@ -113,12 +113,10 @@ void XmlEngine::SpliceDoc(int32_t position, int32_t count, const WideString& rep
     SpliceDoc(position, count, replacement.data(), int32_t(replacement.size()));
 }
 
-int32_t XmlEngine::TakeRecord() {
-    if (m_nextRecord == m_pStore->Size()) {
-        int32_t wanted = m_nextRecord + (m_nextRecord >> 1);
-        if (m_pStore->Size() < wanted) m_pStore->Grow(wanted);
-    }
-    return m_nextRecord++;
+void XmlEngine::GrowForRecord() {
+    // The store grows by half of what it holds.
+    int32_t wanted = m_nextRecord + (m_nextRecord >> 1);
+    if (m_pStore->Size() < wanted) m_pStore->Grow(wanted);
 }
 
 void XmlEngine::FreeRecord(int32_t index) {

@@ -69,7 +69,10 @@ class XmlEngine {
     // --- Records (xml_engine.cpp) ------------------------------------------
     ElementRecord& Rec(int32_t index) const { return m_pStore->At(index); }
     /// The next record never handed out; grows the store by half when full.
-    int32_t TakeRecord();
+    int32_t TakeRecord() {
+        if (m_nextRecord == m_pStore->Size()) GrowForRecord();
+        return m_nextRecord++;
+    }
     /// Chains the record on the freed list; it stays out of use until the next parse.
     void FreeRecord(int32_t index);
 
@@ -174,6 +177,7 @@ class XmlEngine {
     mutable AttribIndex m_attribIndex;
 
   private:
+    void GrowForRecord();
     WideString Read(void (XmlEngine::*read)(int32_t, WideString&) const, int32_t arg) const {
         WideString out;
         (this->*read)(arg, out);
