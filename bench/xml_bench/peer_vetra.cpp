@@ -9,6 +9,8 @@
 
 #include "peer.h"
 #include "platform/text_codec.h"
+#include "text/document_bytes.h"
+#include "xml/xml_engine.h"
 #include "vetra/vetra.h"
 
 namespace bench {
@@ -42,8 +44,18 @@ void* ParseUtf16(Input& in) {
     return NewDocument(in.utf16.c_str());
 }
 
+// UTF-8 bytes to a document the way the file reader brings a block in: the
+// platform layer's decoder writes straight into the engine's own text.
 void* ParseUtf8(Input& in) {
-    return NewDocument(ToUtf16(in.utf8).c_str());
+    auto* engine = new vetra::xml::XmlEngine;
+    if (!vetra::text::SetDocBytes(*engine, kUtf8, in.utf8.data(),
+                                  static_cast<int32_t>(in.utf8.size())))
+        std::fprintf(stderr, "vetra: the document is not well-formed\n");
+    return engine;
+}
+
+void ReleaseEngine(void* handle) {
+    delete static_cast<vetra::xml::XmlEngine*>(handle);
 }
 
 uint64_t Length(const char16_t* s) {
@@ -113,6 +125,7 @@ std::size_t Build(int items) {
 } // namespace
 
 extern const Peer kVetra{"vetra", PrepareUtf16, ParseUtf16, Walk, Release, Build};
-extern const Peer kVetraUtf8{"vetra-utf8", PrepareNothing, ParseUtf8, Walk, Release, nullptr};
+extern const Peer kVetraUtf8{"vetra-utf8", PrepareNothing, ParseUtf8, nullptr, ReleaseEngine,
+                             nullptr};
 
 } // namespace bench

@@ -1,15 +1,24 @@
-// node_scanner.cpp - ScanNode cuts the text into nodes, and TokenText
-// copies a token.
+// node_scanner.cpp - ScanNode cuts the text into nodes, and TokenText copies
+// a token (Part 1.3).
 //
 // The scanner is lenient: it finds the extent of a tag without validating
 // its inside, and reports only what stops it from finding that extent. It
-// looks at every character once, copies nothing and never writes the text.
-// Per character, in order: the end of the text; the name being read; the
-// inside of a node whose terminator is known (with quote tracking); and the
-// openers between nodes, where the five syntax faults arise.
+// looks at every character once, copies nothing and never writes the text,
+// and it reads no further than the NUL that ends it.
+//
+// Map of this file:
+//   ScanState        the bits of the scan's `state`, named as in the Part
+//   Runs             stop masks of the runs that no rule acts on; SkipRun
+//   TrackQuotes      the quote tracking of start tags and malformed tag text
+//   EndOfText        rule 1, with the type words of the unterminated entry
+//   TokenText
+//   ScanNode         the state machine: a pass over the current run, then
+//                    for the character that ends it rule 1 (end of the
+//                    text), rule 2 (name), rule 3 (inside a node with a
+//                    terminator) and rule 4 (between nodes, the openers)
+#include "text/result_log.h"
 #include "xml/char_sets.h"
 #include "xml/token.h"
-#include "text/result_log.h"
 
 namespace vetra::xml {
 
@@ -17,52 +26,81 @@ namespace {
 
 // The scan's state bits.
 enum ScanState : uint32_t {
-    ScanAfterLess = 0x1, ScanAfterBang = 0x2, ScanAfterDash = 0x4, ScanAfterBracket = 0x8,
-    ScanInSpace = 0x10, ScanInDocType = 0x20, ScanInSingle = 0x40, ScanInDouble = 0x80,
-    ScanAfterEquals = 0x100, ScanInBare = 0x200,
-};
-// Skip classes: which characters end a run that the scan can pass over in a
-// tight loop. A run's characters would change nothing but `prev` and
-// `prev2`; NUL ends every run, and no character above 127 ends any.
-enum SkipStop : uint8_t {
-    StopText = 0x01,    // a text run: < and >
-    StopDouble = 0x02,  // inside "...": the closing quote
-    StopSingle = 0x04,  // inside '...': the closing quote
-    StopBare = 0x08,    // an unquoted value: whitespace and >
-    StopTag = 0x10,     // a start tag outside values: = and >
-    StopClose = 0x20,   // end tags, comments, CDATA, instructions: >
-    StopDecl = 0x40,    // a declaration inside a document type: > and quotes
-    StopDocType = 0x80, // between declarations of a document type: < and >
+    ScanAfterLess = 0x1,    // the last character was <
+    ScanAfterBang = 0x2,    // the last two characters were <!
+    ScanAfterDash = 0x4,    // the last three characters were <!-
+    ScanAfterBracket = 0x8, // the last three characters were <![
+    ScanInSpace = 0x10,     // in a run of whitespace
+    ScanInDocType = 0x20,   // inside a document type declaration
+    ScanInSingle = 0x40,    // inside a single-quoted value
+    ScanInDouble = 0x80,    // inside a double-quoted value
+    ScanAfterEquals = 0x100, // behind the = of an attribute
+    ScanInBare = 0x200,     // inside an unquoted value
 };
 
-constexpr uint8_t StopsOf(int c) {
-    switch (c) {
-    case 0: return 0xFF;
-    case '<': return StopText | StopDocType;
-    case '>': return StopText | StopBare | StopTag | StopClose | StopDecl | StopDocType;
-    case '"': return StopDouble | StopDecl;
-    case '\'': return StopSingle | StopDecl;
-    case '=': return StopTag;
-    case '\t': case '\n': case '\r': case ' ': return StopBare;
-    default: return 0;
-    }
+// ---------------------------------------------------------------------------
+// Runs
+//
+// A run is a stretch of characters on which the rules would do nothing but
+// shift `prev` and `prev2`. Every character that some rule acts on lies
+// below 64, so the characters that end a run are a 64-bit mask, with bit 0
+// for the NUL in every mask. Stopping at a character that no rule acts on
+// is harmless: the rules see it as usual.
+
+constexpr uint64_t Mask(const char* stops) {
+    uint64_t mask = 1; // the NUL
+    for (; *stops != 0; ++stops) mask |= uint64_t(1) << *stops;
+    return mask;
 }
 
-struct StopTable {
-    uint8_t v[128];
-    constexpr StopTable() : v() {
-        for (int c = 0; c < 128; ++c) v[c] = StopsOf(c);
-    }
-};
-constexpr StopTable kStops;
+constexpr uint64_t NameRun = Mask("\t\n\r />");   // a name: NameEndChars
+constexpr uint64_t TextRun = Mask("<>");          // a text node
+constexpr uint64_t DocTypeRun = Mask("<>");       // between the declarations of a document type
+constexpr uint64_t DeclRun = Mask(">\"'");        // a declaration inside a document type
+constexpr uint64_t CloseRun = Mask(">");          // end tags, instructions, comments, CDATA
+constexpr uint64_t TagRun = Mask("=>");           // a start tag between values
+constexpr uint64_t DoubleRun = Mask("\"");        // a double-quoted value
+constexpr uint64_t SingleRun = Mask("'");         // a single-quoted value
+constexpr uint64_t BareRun = Mask("\t\n\r >");    // an unquoted value
+constexpr uint64_t NoRun = 0;                     // each character goes through the rules
 
-// The first offset from i whose character is in `stops`.
-inline int32_t SkipTo(const wchar* text, int32_t i, uint8_t stops) {
+// The first offset from i that ends the run.
+inline int32_t SkipRun(const wchar* text, int32_t i, uint64_t stops) {
     for (;; ++i) {
-        wchar c = text[i];
-        if (c < 128 && (kStops.v[c] & stops)) return i;
+        const wchar c = text[i];
+        if (c < 64 && ((stops >> c) & 1) != 0) return i;
     }
 }
+
+// The run in a start tag behind its name, by the quote state.
+inline uint64_t TagRunOf(uint32_t state) {
+    if (state & ScanInDouble) return DoubleRun;
+    if (state & ScanInSingle) return SingleRun;
+    if (state & ScanInBare) return BareRun;
+    if (state & ScanAfterEquals) return NoRun;
+    return TagRun;
+}
+
+// ---------------------------------------------------------------------------
+// Quote tracking in a start tag and in malformed tag text: the new state.
+
+inline uint32_t TrackQuotes(uint32_t state, wchar c, wchar prev) {
+    if (state & ScanInDouble) return c == u'"' ? state & ~ScanInDouble : state;
+    if (state & ScanInSingle) return c == u'\'' ? state & ~ScanInSingle : state;
+    if (state & ScanInBare) return InSet(c, WhitespaceChars) ? state & ~ScanInBare : state;
+    if (state & ScanAfterEquals) {
+        if (c == u'"') return (state & ~ScanAfterEquals) | ScanInDouble;
+        if (c == u'\'') return (state & ~ScanAfterEquals) | ScanInSingle;
+        if (!InSet(c, WhitespaceChars)) return (state & ~ScanAfterEquals) | ScanInBare;
+        return state;
+    }
+    // A = directly behind a = is a plain character.
+    if (c == u'=' && prev != u'=') return state | ScanAfterEquals;
+    return state;
+}
+
+// ---------------------------------------------------------------------------
+// Rule 1: the NUL at offset i.
 
 const wchar* TypeWord(uint32_t state, int32_t type) {
     if ((state & ScanInDocType) || type == NodeDocType) return u"document_type";
@@ -75,164 +113,160 @@ const wchar* TypeWord(uint32_t state, int32_t type) {
     default: return u"tag";
     }
 }
+
+int32_t EndOfText(TokenCursor& cursor, NodeToken& node, int32_t i, int32_t type, uint32_t state) {
+    cursor.next = i;
+    if (i == node.start) {
+        node.length = 0;
+        node.type = 0;
+        return ScanEnd;
+    }
+    node.length = i - node.start;
+    if (type != NodeText && type != NodeWhitespace) {
+        text::LogResult(node.report, u"unterminated_tag_syntax", TypeWord(state, type),
+                        text::LogType, node.start, -1);
+        type = ScanError;
+    }
+    node.type = type;
+    return type;
+}
+
 } // namespace
 
-WideString TokenText(const TokenCursor& c) {
-    int32_t n = c.tokenEnd - c.tokenStart + 1;
-    return n > 0 ? WideString(c.text + c.tokenStart, size_t(n)) : WideString();
+WideString TokenText(const TokenCursor& cursor) {
+    const int32_t n = cursor.tokenEnd - cursor.tokenStart + 1;
+    return n > 0 ? WideString(cursor.text + cursor.tokenStart, size_t(n)) : WideString();
 }
 
 int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
-    const wchar* text = cursor.text;
+    const wchar* const text = cursor.text;
     node.start = cursor.next;
     node.flags = 0;
-    int32_t type = -1;
-    const wchar* terminator = nullptr;
+
+    int32_t type = ScanError;
+    const wchar* terminator = nullptr; // what ends the node; null: none yet
     int32_t termLength = 0;
-    int32_t nameStart = 0;
-    wchar prev = 0, prev2 = 0;
+    int32_t nameStart = 0;             // 0: no name being read
+    wchar prev = 0, prev2 = 0;         // the last two characters of quote tracking
     uint32_t state = 0;
+    uint64_t run = NoRun;              // what ends the run the scan stands in
+    bool tagRun = false;               // the run is in a start tag, so it moves prev and prev2
+
+    auto finish = [&](int32_t result) {
+        node.length = cursor.next - node.start;
+        node.type = result;
+        return result;
+    };
+    auto open = [&](int32_t nodeType, const wchar* term, int32_t length, uint64_t nodeRun) {
+        type = nodeType;
+        terminator = term;
+        termLength = length;
+        run = nodeRun;
+        tagRun = false;
+    };
+    // One of the five faults of rule 4: the rest is malformed tag text, read
+    // one character at a time.
     auto fault = [&](const wchar* key) {
-        terminator = u">";
-        termLength = 1;
-        type = ScanError;
+        open(ScanError, u">", 1, NoRun);
         text::LogResult(node.report, key, nullptr, 0, cursor.next, -1);
     };
+
     for (int32_t i = cursor.next;; ++i) {
-        // Pass over runs in which no rule would do more than shift `prev`.
-        if (nameStart != 0) {
-            while (text[i] >= 128 || (text[i] != 0 && !InSet(text[i], NameEndChars))) ++i;
-        } else if (terminator != nullptr) {
-            uint8_t stops = 0;
-            if (type == NodeText) {
-                stops = StopText;
-            } else if (type == NodeElement) {
-                stops = (state & ScanInDouble)      ? StopDouble
-                        : (state & ScanInSingle)    ? StopSingle
-                        : (state & ScanInBare)      ? StopBare
-                        : (state & ScanAfterEquals) ? 0
-                                                    : StopTag;
-            } else if (type == NodeDocType) {
-                stops = StopDecl;
-            } else if (type != ScanError) {
-                stops = StopClose;
+        if (run != NoRun) {
+            const int32_t from = i;
+            i = SkipRun(text, i, run);
+            if (tagRun && i != from) {
+                prev2 = i - from > 1 ? text[i - 2] : prev;
+                prev = text[i - 1];
             }
-            if (stops != 0) {
-                int32_t from = i;
-                i = SkipTo(text, i, stops);
-                if (type == NodeElement && i > from) {
-                    prev2 = i - from >= 2 ? text[i - 2] : prev;
-                    prev = text[i - 1];
-                }
-            }
-        } else if (state == ScanInSpace) {
-            while (InSet(text[i], WhitespaceChars)) ++i;
-        } else if (state == ScanInDocType) {
-            i = SkipTo(text, i, StopDocType);
         }
-        wchar c = text[i];
-        if (c == 0) {
-            cursor.next = i;
-            node.length = i - node.start;
-            if (cursor.next == node.start) {
-                node.length = 0;
-                node.type = ScanEnd;
-                return ScanEnd;
-            }
-            if (type == NodeText || type == NodeWhitespace) return node.type = type;
-            text::LogResult(node.report, u"unterminated_tag_syntax", TypeWord(state, type),
-                            text::LogType, node.start, -1);
-            return node.type = ScanError;
-        }
+        const wchar c = text[i];
+
+        // Rule 1: the end of the text.
+        if (c == 0) return EndOfText(cursor, node, i, type, state);
+
+        // Rule 2: the name's run ends only at a member of NameEndChars (or
+        // the NUL), which is passed on to rule 3.
         if (nameStart != 0) {
-            if (!InSet(c, NameEndChars)) continue;
             cursor.tokenStart = nameStart;
             cursor.tokenEnd = i - 1;
             nameStart = 0;
             prev = prev2 = 0;
+            tagRun = type == NodeElement;
+            run = tagRun ? TagRunOf(state) : CloseRun;
         }
+
+        // Rule 3: inside a node with a terminator.
         if (terminator != nullptr) {
             if (c == u'>' && !(state & (ScanInSingle | ScanInDouble))) {
                 cursor.next = i + 1;
                 if (termLength == 1) {
                     terminator = nullptr;
-                    if (type == 1 && prev == u'/' &&
+                    if (type == NodeElement && prev == u'/' &&
                         !(prev2 != 0 && (state & ScanInBare) && !InSet(prev2, BeforeSlashChars)))
                         node.flags |= NodeEmptyTag;
                 } else if (i > termLength) {
-                    bool same = true;
-                    for (int32_t k = 0; k < termLength - 1; ++k)
-                        if (text[i - (termLength - 1) + k] != terminator[k]) same = false;
-                    if (same) terminator = nullptr;
+                    const wchar* before = text + i - (termLength - 1);
+                    int32_t k = 0;
+                    while (k < termLength - 1 && before[k] == terminator[k]) ++k;
+                    if (k == termLength - 1) terminator = nullptr;
                 }
                 state &= ~ScanInBare;
                 if (terminator != nullptr) continue;
-                if (state & ScanInDocType) continue;
-                node.length = cursor.next - node.start;
-                return node.type = type;
+                if (!(state & ScanInDocType)) return finish(type);
+                // A declaration inside a document type ended: back between them.
+                run = DocTypeRun;
+                tagRun = false;
+                continue;
             }
-            if (c == u'<' && (type == NodeText || type == -1)) {
+            if (c == u'<' && (type == NodeText || type == ScanError)) {
                 cursor.next = i;
-                node.length = i - node.start;
-                return node.type = type;
+                return finish(type);
             }
-            if (type == 1 || type == -1) {
-                if (state & ScanInDouble) {
-                    if (c == u'"') state &= ~ScanInDouble;
-                } else if (state & ScanInSingle) {
-                    if (c == u'\'') state &= ~ScanInSingle;
-                } else if (state & ScanInBare) {
-                    if (InSet(c, WhitespaceChars)) state &= ~ScanInBare;
-                } else if (c == u'"' && (state & ScanAfterEquals)) {
-                    state = (state & ~ScanAfterEquals) | ScanInDouble;
-                } else if (c == u'\'' && (state & ScanAfterEquals)) {
-                    state = (state & ~ScanAfterEquals) | ScanInSingle;
-                } else if (c == u'=' && !(state & ScanAfterEquals) && prev != u'=') {
-                    state |= ScanAfterEquals;
-                } else if (!InSet(c, WhitespaceChars) && (state & ScanAfterEquals)) {
-                    state = (state & ~ScanAfterEquals) | ScanInBare;
-                }
+            if (type == NodeElement || type == ScanError) {
+                state = TrackQuotes(state, c, prev);
                 prev2 = prev;
                 prev = c;
+                if (tagRun) run = TagRunOf(state);
             } else if (type == NodeDocType) {
                 if (c == u'"' && !(state & ScanInSingle)) state ^= ScanInDouble;
                 else if (c == u'\'' && !(state & ScanInDouble)) state ^= ScanInSingle;
             }
             continue;
         }
+
+        // Rule 4: between nodes and in the openers.
         if (state == 0) {
             if (c == u'<') {
                 state = ScanAfterLess;
             } else if (InSet(c, WhitespaceChars)) {
                 type = NodeWhitespace;
                 state = ScanInSpace;
+                while (InSet(text[i + 1], WhitespaceChars)) ++i; // the run of whitespace
             } else {
-                type = NodeText;
-                terminator = u"<";
-                termLength = 1;
+                open(NodeText, u"<", 1, TextRun);
             }
         } else if (state & ScanInSpace) {
+            // The whitespace was passed over in 4.1: c ends it.
             if (c == u'<') {
                 cursor.next = i;
-                node.length = i - node.start;
-                return node.type = NodeWhitespace;
+                return finish(NodeWhitespace);
             }
-            if (!InSet(c, WhitespaceChars)) {
-                state &= ~ScanInSpace;
-                type = NodeText;
-                terminator = u"<";
-                termLength = 1;
-            }
+            state &= ~ScanInSpace;
+            open(NodeText, u"<", 1, TextRun); // the whitespace is the head of a text node
         } else if (state & ScanAfterLess) {
             state &= ~ScanAfterLess;
             if (CanBeginName(c)) {
-                type = 1; terminator = u">"; termLength = 1; nameStart = i;
+                open(NodeElement, u">", 1, NameRun);
+                nameStart = i;
             } else if (c == u'/') {
-                type = 0; terminator = u">"; termLength = 1; nameStart = i + 1;
+                open(ScanEndTag, u">", 1, NameRun);
+                nameStart = i + 1;
             } else if (c == u'!') {
                 state |= ScanAfterBang;
             } else if (c == u'?') {
-                type = 16; terminator = u"?>"; termLength = 2; nameStart = i + 1;
+                open(NodeProcessing, u"?>", 2, NameRun);
+                nameStart = i + 1;
             } else {
                 fault(u"first_tag_syntax");
             }
@@ -241,30 +275,31 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             if (c == u'-') {
                 state |= ScanAfterDash;
             } else if (state & ScanInDocType) {
-                if (InSet(c, DeclStartChars)) { type = 64; terminator = u">"; termLength = 1; }
+                if (InSet(c, DeclStartChars)) open(NodeDocType, u">", 1, DeclRun);
                 else fault(u"doctype_tag_syntax");
             } else if (c == u'[') {
                 state |= ScanAfterBracket;
             } else if (c == u'D') {
                 state |= ScanInDocType;
+                run = DocTypeRun;
             } else {
                 fault(u"exclamation_tag_syntax");
             }
         } else if (state & ScanAfterDash) {
             state &= ~ScanAfterDash;
-            if (c == u'-') { type = 32; terminator = u"-->"; termLength = 3; }
+            if (c == u'-') open(NodeComment, u"-->", 3, CloseRun);
             else fault(u"comment_tag_syntax");
         } else if (state & ScanAfterBracket) {
             state &= ~ScanAfterBracket;
-            if (c == u'C') { type = 8; terminator = u"]]>"; termLength = 3; }
+            if (c == u'C') open(NodeCData, u"]]>", 3, CloseRun);
             else fault(u"cdata_section_syntax");
         } else if (state & ScanInDocType) {
             if (c == u'<') {
                 state |= ScanAfterLess;
+                run = NoRun;
             } else if (c == u'>') {
                 cursor.next = i + 1;
-                node.length = cursor.next - node.start;
-                return node.type = NodeDocType;
+                return finish(NodeDocType);
             }
         }
     }

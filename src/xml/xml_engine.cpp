@@ -6,6 +6,7 @@
 #include "xml/xml_engine.h"
 
 #include <cstring>
+#include <utility>
 
 #include "xml/saved_positions.h"
 
@@ -95,6 +96,14 @@ bool XmlEngine::SetDocText(const wchar* text) {
         WideString().swap(m_docText);
         m_pStore->Release();
     }
+    m_resultLog.clear();
+    ++m_textGeneration;
+    return ParseDocument();
+}
+
+bool XmlEngine::SetDocText(WideString&& text) {
+    if (m_docFlags & DocStreamModes) return false;
+    m_docText = std::move(text);
     m_resultLog.clear();
     ++m_textGeneration;
     return ParseDocument();

@@ -61,6 +61,8 @@ class XmlEngine {
     /// False if a stream mode is set (nothing changes) or the text isn't
     /// well-formed.
     bool SetDocText(const wchar* text);
+    /// As SetDocText, taking over `text` without copying it.
+    bool SetDocText(WideString&& text);
     /// Replaces `count` characters at `position`; the only way editing
     /// changes the text. Reserves half again plus 128 when it must grow.
     void SpliceDoc(int32_t position, int32_t count, const WideString& replacement);

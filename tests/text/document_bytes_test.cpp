@@ -1,0 +1,36 @@
+// Tests of setting a document from bytes in a code page.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "text/document_bytes.h"
+
+using vetra::text::SetDocBytes;
+using vetra::xml::XmlEngine;
+
+namespace {
+
+TEST(DocumentBytes, ConvertsIntoTheDocumentAndParses) {
+    const struct {
+        uint32_t codePage;
+        const char* bytes;
+        bool result;
+        const char16_t* text;
+    } cases[] = {
+        {65001, "<a>\xC3\xA9\xF0\x9F\x98\x80</a>", true, u"<a>\u00E9\U0001F600</a>"},
+        {1252, "<a>\xE9\x80</a>", true, u"<a>\u00E9\u20AC</a>"},
+        {65001, "<a/><b/>", false, u"<a/><b/>"},
+        {65001, "", false, u""},
+        {65001, "<a>\xFF</a>", true, u"<a>\uFFFD</a>"},
+    };
+    for (const auto& c : cases) {
+        XmlEngine engine(u"<old/>");
+        EXPECT_EQ(SetDocBytes(engine, c.codePage, c.bytes, int32_t(std::strlen(c.bytes))), c.result);
+        EXPECT_EQ(engine.m_docText, c.text);
+    }
+    XmlEngine engine(u"<old/>");
+    EXPECT_FALSE(SetDocBytes(engine, 99999, "<a/>", 4)); // no such code page
+    EXPECT_EQ(engine.m_docText, u"");
+}
+
+} // namespace
