@@ -113,11 +113,12 @@ void ElementWalk::CloseElement() {
     // record could not describe it truthfully.
     if (token.length > int32_t(ElementRecord::kEndTagMax)) m = 0;
     for (; m != 0; --m, probe = engine.Rec(probe).parent) {
-        const WideString& entry = stack.Entry(m);
-        if (entry.size() < size_t(nameLength)) continue;
-        if (CompareNames(name, entry.c_str(), nameLength, ignoreCase) != 0) continue;
-        wchar after = entry.c_str()[nameLength];
-        if (after == 0 || InSet(after, PathEndChars)) break;
+        // The open name may go on behind the end tag's name only with a
+        // member of PathEndChars.
+        const OpenElementStack::Name& entry = stack.Entry(m);
+        if (entry.length < nameLength) continue;
+        if (CompareNames(name, entry.name, nameLength, ignoreCase) != 0) continue;
+        if (entry.length == nameLength || InSet(entry.name[nameLength], PathEndChars)) break;
     }
     if (m == 0) {
         engine.Rec(startRecord).Set(ElemIllFormed);
@@ -166,8 +167,9 @@ void ElementWalk::CloseUnended(int32_t downTo, bool textEnded) {
             engine.Rec(parent.firstChild).prevSibling = lastMoved;
         }
         int32_t end = textEnded ? int32_t(engine.m_docText.size()) : cursor.tokenStart - 1;
-        LogResult(engine.m_resultLog, u"unended_start_tag", stack.Entry(stack.depth).c_str(), 0,
-                  rec.start, end);
+        const OpenElementStack::Name& entry = stack.Entry(stack.depth);
+        WideString name(entry.name, size_t(entry.length));
+        LogResult(engine.m_resultLog, u"unended_start_tag", name.c_str(), 0, rec.start, end);
         outermost = e;
         current = p;
         stack.Pop();
