@@ -27,7 +27,9 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     int32_t parent = (flags & EditChild) ? m_mainIndex : m_parentIndex;
     int32_t reference = (flags & EditChild) ? m_childIndex : m_mainIndex;
     size_t nameLength = std::char_traits<wchar>::length(name);
-    if ((hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent))
+    // Tags whose lengths the record fields can't hold are refused.
+    if (nameLength + 3 > ElementRecord::kStartTagMask ||
+        (hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent))
         return false;
 
     ElementSplice splice;

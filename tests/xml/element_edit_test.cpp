@@ -222,3 +222,23 @@ TEST(ElementEdit, SubDocumentReportsReplaceTheLog) {
 }
 
 } // namespace
+
+namespace {
+
+// Records never lie about the text: edits whose tags the record fields
+// can't hold are refused and change nothing.
+TEST(ElementEdit, TagsTooLongForTheirFieldsAreRefused) {
+    const std::u16string name1021(1021, u'n'), name1020(1020, u'n');
+    CVTXmlParser doc;
+    EXPECT_EQ(doc.AddElem(name1021.c_str(), u"x"), 0); // end tag of 1,024 characters
+    EXPECT_EQ(S(doc.GetDoc()), u"");
+    EXPECT_EQ(doc.AddElem(name1021.c_str()), 1); // <name/> needs no end tag
+    EXPECT_EQ(doc.AddChildElem(u"c"), 0);         // opening it would need one
+    EXPECT_EQ(doc.SetData(u"x"), 0);
+    EXPECT_EQ(doc.AddChildSubDoc(u"<c/>"), 0);
+    EXPECT_EQ(doc.AddElem(name1020.c_str(), u"x"), 1); // 1,023 fits
+    XmlEngine check(doc.GetDoc());
+    EXPECT_EQ(CheckRecords(check), "");
+}
+
+} // namespace
