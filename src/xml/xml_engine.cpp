@@ -8,35 +8,11 @@
 #include <cstring>
 #include <utility>
 
+#include "xml/run_search.h"
 #include "xml/saved_positions.h"
 
 namespace vetra::xml {
 
-namespace {
-
-// The length of a null-terminated text, four units at a time once aligned.
-// An aligned word never crosses into another page, but it may reach past
-// the end of the caller's block, which the address sanitizer can't know.
-#if defined(__clang__) || defined(__GNUC__)
-__attribute__((no_sanitize_address))
-#endif
-size_t TextLength(const wchar* text) {
-    const wchar* p = text;
-    while ((reinterpret_cast<uintptr_t>(p) & 7) != 0) {
-        if (*p == 0) return size_t(p - text);
-        ++p;
-    }
-    constexpr uint64_t kLow = 0x0001000100010001ULL, kHigh = 0x8000800080008000ULL;
-    for (;; p += 4) {
-        uint64_t word;
-        std::memcpy(&word, p, sizeof word);
-        if (((word - kLow) & ~word & kHigh) != 0) break; // some unit is 0
-    }
-    while (*p != 0) ++p;
-    return size_t(p - text);
-}
-
-} // namespace
 
 XmlEngine::XmlEngine(const wchar* text) {
     m_pSavedTables = new SavedTables;
@@ -91,7 +67,7 @@ bool XmlEngine::SetDocText(const wchar* text) {
     if (m_docFlags & DocStreamModes) return false;
     if (text != nullptr) {
         // assign() copes with a text that lies inside m_docText itself.
-        m_docText.assign(text, TextLength(text));
+        m_docText.assign(text, size_t(FindAny(text, 0, 0, 0, 0)));
     } else {
         WideString().swap(m_docText);
         m_pStore->Release();

@@ -1,0 +1,60 @@
+// run_search.h - finds the next of a few given characters in a
+// null-terminated UTF-16 text, eight units at a time where SSE2 is there.
+//
+// The scanners pass over long runs (text, attribute values, comments) with
+// it. Loads are aligned, so they never cross into a page the text doesn't
+// touch; they may read past the NUL within an aligned block, which the
+// address sanitizer can't tell from an overrun, so it is told to look away.
+#ifndef VETRA_XML_RUN_SEARCH_H
+#define VETRA_XML_RUN_SEARCH_H
+
+#include <cstdint>
+
+#include "xml/xml_types.h"
+
+#if defined(__SSE2__) && (defined(__GNUC__) || defined(__clang__))
+#include <emmintrin.h>
+#define VETRA_RUN_SEARCH_SSE2 1
+#endif
+
+#if defined(__clang__) || defined(__GNUC__)
+#define VETRA_NO_ASAN __attribute__((no_sanitize_address))
+#else
+#define VETRA_NO_ASAN
+#endif
+
+namespace vetra::xml {
+
+/// The first offset from `i` whose character is NUL, `a`, `b` or `c`.
+VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wchar b, wchar c) {
+#if defined(VETRA_RUN_SEARCH_SSE2)
+    // Up to the next 16-byte boundary one unit at a time.
+    while ((reinterpret_cast<uintptr_t>(text + i) & 15) != 0) {
+        wchar u = text[i];
+        if (u == 0 || u == a || u == b || u == c) return i;
+        ++i;
+    }
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i va = _mm_set1_epi16(short(a));
+    const __m128i vb = _mm_set1_epi16(short(b));
+    const __m128i vc = _mm_set1_epi16(short(c));
+    for (;; i += 8) {
+        __m128i block = _mm_load_si128(reinterpret_cast<const __m128i*>(text + i));
+        __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(block, zero),
+                                                _mm_cmpeq_epi16(block, va)),
+                                   _mm_or_si128(_mm_cmpeq_epi16(block, vb),
+                                                _mm_cmpeq_epi16(block, vc)));
+        int mask = _mm_movemask_epi8(hit);
+        if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
+    }
+#else
+    for (;; ++i) {
+        wchar u = text[i];
+        if (u == 0 || u == a || u == b || u == c) return i;
+    }
+#endif
+}
+
+} // namespace vetra::xml
+
+#endif // VETRA_XML_RUN_SEARCH_H

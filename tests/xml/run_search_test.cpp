@@ -1,0 +1,38 @@
+// Tests of FindAny: every stop character at every place and alignment, and
+// texts that end at the very end of their block (ASan checks the scalar
+// head; the aligned blocks may read on, which is the point of the test).
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "xml/run_search.h"
+
+using namespace vetra::xml;
+
+namespace {
+
+TEST(RunSearch, FindsTheFirstStopAtEveryPlaceAndAlignment) {
+    for (int shift = 0; shift < 8; ++shift) {
+        for (int length = 0; length < 40; ++length) {
+            for (int stop = 0; stop <= length; ++stop) {
+                std::unique_ptr<wchar[]> block(new wchar[size_t(shift + length + 1)]);
+                wchar* text = block.get() + shift;
+                for (int k = 0; k < length; ++k) text[k] = wchar(0x4E00 + k); // no stops
+                text[length] = 0;
+                if (stop < length) text[stop] = u"<>\""[stop % 3];
+                int32_t from = stop > 3 ? 2 : 0;
+                ASSERT_EQ(FindAny(text, from, u'<', u'>', u'"'), stop)
+                    << "shift " << shift << " length " << length;
+            }
+        }
+    }
+}
+
+TEST(RunSearch, TheNulAlwaysStops) {
+    const char16_t text[] = u"abcdefghijklmnopqrstuvwxyz";
+    EXPECT_EQ(FindAny(text, 0, 0, 0, 0), 26);
+    EXPECT_EQ(FindAny(text, 5, u'z', u'z', u'z'), 25);
+    EXPECT_EQ(FindAny(text, 26, u'a', u'b', u'c'), 26);
+}
+
+} // namespace
