@@ -55,6 +55,29 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wcha
 #endif
 }
 
+/// The first offset in [i, end) whose character is `a`, `b` or `c`, or `end`.
+/// Reads nothing at or beyond `end`.
+inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a, wchar b, wchar c) {
+#if defined(VETRA_RUN_SEARCH_SSE2)
+    const __m128i va = _mm_set1_epi16(short(a));
+    const __m128i vb = _mm_set1_epi16(short(b));
+    const __m128i vc = _mm_set1_epi16(short(c));
+    for (; i + 8 <= end; i += 8) {
+        __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        __m128i hit = _mm_or_si128(_mm_cmpeq_epi16(block, va),
+                                   _mm_or_si128(_mm_cmpeq_epi16(block, vb),
+                                                _mm_cmpeq_epi16(block, vc)));
+        int mask = _mm_movemask_epi8(hit);
+        if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
+    }
+#endif
+    for (; i < end; ++i) {
+        wchar u = text[i];
+        if (u == a || u == b || u == c) return i;
+    }
+    return end;
+}
+
 } // namespace vetra::xml
 
 #endif // VETRA_XML_RUN_SEARCH_H

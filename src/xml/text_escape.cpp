@@ -5,6 +5,8 @@
 // its name goes to a small stack buffer and the table rows are read in place.
 #include "xml/text_escape.h"
 
+#include "xml/run_search.h"
+
 #include <string>
 
 namespace vetra::xml {
@@ -123,9 +125,7 @@ size_t DecodeReference(const wchar* after, WideString& out) {
 void DecodePlain(const wchar* text, size_t n, WideString& out) {
     size_t i = 0;
     while (i < n) {
-        size_t amp = i;
-        while (amp < n && text[amp] != '&')
-            ++amp;
+        size_t amp = size_t(FindAnyBefore(text, int32_t(i), int32_t(n), '&', '&', '&'));
         out.append(text + i, amp - i);
         if (amp == n) break;
         size_t taken = DecodeReference(text + amp + 1, out);

@@ -5,6 +5,7 @@
 // CDATA sections, comments or instructions is scanned node by node, and
 // only text and CDATA contribute.
 #include "xml/char_sets.h"
+#include "xml/run_search.h"
 #include "xml/text_escape.h"
 #include "xml/xml_engine.h"
 
@@ -60,10 +61,7 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
     const wchar* text = m_docText.c_str();
     int32_t contentStart = r.ContentStart();
     int32_t contentEnd = contentStart + r.ContentLength();
-    int32_t lt = contentStart;
-    while (lt < contentEnd && text[lt] != u'<')
-        ++lt;
-    if (lt >= contentEnd)
+    if (FindAnyBefore(text, contentStart, contentEnd, u'<', u'<', u'<') == contentEnd)
         return DecodeTextTo(text + contentStart, contentEnd - contentStart, m_docFlags, out);
 
     // The content holds more than text: keep text and CDATA, drop the rest.

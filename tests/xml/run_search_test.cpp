@@ -36,3 +36,15 @@ TEST(RunSearch, TheNulAlwaysStops) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(RunSearch, BoundedSearchStopsAtItsEnd) {
+    const char16_t text[] = u"0123456789abcdefghij<klm";
+    for (int32_t end = 0; end <= 24; ++end)
+        for (int32_t from = 0; from <= end; ++from)
+            ASSERT_EQ(FindAnyBefore(text, from, end, u'<', u'<', u'<'),
+                      end > 20 && from <= 20 ? 20 : end);
+}
+
+} // namespace
