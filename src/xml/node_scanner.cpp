@@ -1,5 +1,5 @@
 // node_scanner.cpp - ScanNode cuts the text into nodes, and TokenText copies
-// a token (Part 1.3).
+// a token.
 //
 // The scanner is lenient: it finds the extent of a tag without validating
 // its inside, and reports only what stops it from finding that extent. It
@@ -7,8 +7,9 @@
 // and it reads no further than the NUL that ends it.
 //
 // Map of this file:
-//   ScanState        the bits of the scan's `state`, named as in the Part
-//   Runs             stop masks of the runs that no rule acts on; SkipRun
+//   ScanState        the bits of the scan's `state`, one name per bit
+//   Runs             the runs that no rule acts on, the table of what ends
+//                    each, SkipRun, and TagRunOf for the runs of a start tag
 //   TrackQuotes      the quote tracking of start tags and malformed tag text
 //   EndOfText        rule 1, with the type words of the unterminated entry
 //   TokenText
@@ -42,44 +43,81 @@ enum ScanState : uint32_t {
 // Runs
 //
 // A run is a stretch of characters on which the rules would do nothing but
-// shift `prev` and `prev2`. Every character that some rule acts on lies
-// below 64, so the characters that end a run are a 64-bit mask, with bit 0
-// for the NUL in every mask. Stopping at a character that no rule acts on
-// is harmless: the rules see it as usual.
+// shift `prev` and `prev2`; the scan passes over it in a tight loop. Each
+// kind of run has a bit, and kRunEnds[c] holds the bits of the runs that c
+// ends: every character that a rule acts on is ASCII, and the NUL ends
+// every run. Ending a run at a character that no rule acts on is harmless:
+// the rules see it as usual.
 
-constexpr uint64_t Mask(const char* stops) {
-    uint64_t mask = 1; // the NUL
-    for (; *stops != 0; ++stops) mask |= uint64_t(1) << *stops;
-    return mask;
-}
+enum Run : uint8_t {
+    NoRun = 0,         // each character goes through the rules
+    NameRun = 0x01,    // a name: ends at NameEndChars
+    TextRun = 0x02,    // a text node: < and >
+    DocTypeRun = 0x02, // between the declarations of a document type: < and >
+    DeclRun = 0x04,    // a declaration inside a document type: > and quotes
+    CloseRun = 0x08,   // end tags, instructions, comments, CDATA sections: >
+    TagRun = 0x10,     // a start tag between values: = and >
+    DoubleRun = 0x20,  // a double-quoted value: "
+    SingleRun = 0x40,  // a single-quoted value: '
+    BareRun = 0x80,    // an unquoted value: whitespace and >
+    // The runs of a start tag behind its name: passing over one moves prev
+    // and prev2.
+    TagRuns = TagRun | DoubleRun | SingleRun | BareRun,
+};
 
-constexpr uint64_t NameRun = Mask("\t\n\r />");   // a name: NameEndChars
-constexpr uint64_t TextRun = Mask("<>");          // a text node
-constexpr uint64_t DocTypeRun = Mask("<>");       // between the declarations of a document type
-constexpr uint64_t DeclRun = Mask(">\"'");        // a declaration inside a document type
-constexpr uint64_t CloseRun = Mask(">");          // end tags, instructions, comments, CDATA
-constexpr uint64_t TagRun = Mask("=>");           // a start tag between values
-constexpr uint64_t DoubleRun = Mask("\"");        // a double-quoted value
-constexpr uint64_t SingleRun = Mask("'");         // a single-quoted value
-constexpr uint64_t BareRun = Mask("\t\n\r >");    // an unquoted value
-constexpr uint64_t NoRun = 0;                     // each character goes through the rules
-
-// The first offset from i that ends the run.
-inline int32_t SkipRun(const wchar* text, int32_t i, uint64_t stops) {
-    for (;; ++i) {
-        const wchar c = text[i];
-        if (c < 64 && ((stops >> c) & 1) != 0) return i;
+constexpr uint8_t RunEndsOf(int c) {
+    switch (c) {
+    case 0: return 0xFF;
+    case '\t': case '\n': case '\r': case ' ': return NameRun | BareRun;
+    case '/': return NameRun;
+    case '>': return NameRun | TextRun | DeclRun | CloseRun | TagRun | BareRun;
+    case '<': return TextRun;
+    case '"': return DeclRun | DoubleRun;
+    case '\'': return DeclRun | SingleRun;
+    case '=': return TagRun;
+    default: return 0;
     }
 }
 
-// The run in a start tag behind its name, by the quote state.
-inline uint64_t TagRunOf(uint32_t state) {
-    if (state & ScanInDouble) return DoubleRun;
-    if (state & ScanInSingle) return SingleRun;
-    if (state & ScanInBare) return BareRun;
-    if (state & ScanAfterEquals) return NoRun;
-    return TagRun;
+struct RunEndTable {
+    uint8_t v[128];
+    constexpr RunEndTable() : v() {
+        for (int c = 0; c < 128; ++c) v[c] = RunEndsOf(c);
+    }
+};
+constexpr RunEndTable kRunEnds;
+
+// The first offset from i that ends the run.
+inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
+    for (;; ++i) {
+        const wchar c = text[i];
+        if (c < 128 && (kRunEnds.v[c] & run) != 0) return i;
+    }
 }
+
+// The run in a start tag behind its name, by the quote state: a table over
+// the four bits from ScanInSingle to ScanInBare, of which at most one is set.
+constexpr uint32_t QuoteShift = 6;
+static_assert(ScanInSingle == 1u << QuoteShift && ScanInDouble == 2u << QuoteShift &&
+                  ScanAfterEquals == 4u << QuoteShift && ScanInBare == 8u << QuoteShift,
+              "the quote bits are adjacent");
+
+struct TagRunTable {
+    Run v[16];
+    constexpr TagRunTable() : v() {
+        for (uint32_t q = 0; q < 16; ++q) {
+            const uint32_t state = q << QuoteShift;
+            v[q] = (state & ScanInDouble)      ? DoubleRun
+                   : (state & ScanInSingle)    ? SingleRun
+                   : (state & ScanInBare)      ? BareRun
+                   : (state & ScanAfterEquals) ? NoRun
+                                               : TagRun;
+        }
+    }
+};
+constexpr TagRunTable kTagRuns;
+
+inline Run TagRunOf(uint32_t state) { return kTagRuns.v[(state >> QuoteShift) & 15]; }
 
 // ---------------------------------------------------------------------------
 // Quote tracking in a start tag and in malformed tag text: the new state.
@@ -145,29 +183,25 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
 
     int32_t type = ScanError;
     const wchar* terminator = nullptr; // what ends the node; null: none yet
-    int32_t termLength = 0;
     int32_t nameStart = 0;             // 0: no name being read
     wchar prev = 0, prev2 = 0;         // the last two characters of quote tracking
     uint32_t state = 0;
-    uint64_t run = NoRun;              // what ends the run the scan stands in
-    bool tagRun = false;               // the run is in a start tag, so it moves prev and prev2
+    uint8_t run = NoRun;               // the run the scan stands in
 
     auto finish = [&](int32_t result) {
         node.length = cursor.next - node.start;
         node.type = result;
         return result;
     };
-    auto open = [&](int32_t nodeType, const wchar* term, int32_t length, uint64_t nodeRun) {
+    auto open = [&](int32_t nodeType, const wchar* term, Run nodeRun) {
         type = nodeType;
         terminator = term;
-        termLength = length;
         run = nodeRun;
-        tagRun = false;
     };
     // One of the five faults of rule 4: the rest is malformed tag text, read
     // one character at a time.
     auto fault = [&](const wchar* key) {
-        open(ScanError, u">", 1, NoRun);
+        open(ScanError, u">", NoRun);
         text::LogResult(node.report, key, nullptr, 0, cursor.next, -1);
     };
 
@@ -175,7 +209,7 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
         if (run != NoRun) {
             const int32_t from = i;
             i = SkipRun(text, i, run);
-            if (tagRun && i != from) {
+            if ((run & TagRuns) != 0 && i != from) {
                 prev2 = i - from > 1 ? text[i - 2] : prev;
                 prev = text[i - 1];
             }
@@ -192,31 +226,35 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             cursor.tokenEnd = i - 1;
             nameStart = 0;
             prev = prev2 = 0;
-            tagRun = type == NodeElement;
-            run = tagRun ? TagRunOf(state) : CloseRun;
+            run = CloseRun; // a start tag's run is set by its quote tracking below
         }
 
         // Rule 3: inside a node with a terminator.
         if (terminator != nullptr) {
             if (c == u'>' && !(state & (ScanInSingle | ScanInDouble))) {
                 cursor.next = i + 1;
-                if (termLength == 1) {
+                if (terminator[1] == 0) {
                     terminator = nullptr;
                     if (type == NodeElement && prev == u'/' &&
                         !(prev2 != 0 && (state & ScanInBare) && !InSet(prev2, BeforeSlashChars)))
                         node.flags |= NodeEmptyTag;
-                } else if (i > termLength) {
-                    const wchar* before = text + i - (termLength - 1);
-                    int32_t k = 0;
-                    while (k < termLength - 1 && before[k] == terminator[k]) ++k;
-                    if (k == termLength - 1) terminator = nullptr;
+                } else {
+                    // Compare the characters before i with all but the last
+                    // of the terminator, if i is greater than its length.
+                    int32_t last = 1;
+                    while (terminator[last + 1] != 0) ++last;
+                    if (i > last + 1) {
+                        const wchar* before = text + i - last;
+                        int32_t k = 0;
+                        while (k < last && before[k] == terminator[k]) ++k;
+                        if (k == last) terminator = nullptr;
+                    }
                 }
                 state &= ~ScanInBare;
                 if (terminator != nullptr) continue;
                 if (!(state & ScanInDocType)) return finish(type);
                 // A declaration inside a document type ended: back between them.
                 run = DocTypeRun;
-                tagRun = false;
                 continue;
             }
             if (c == u'<' && (type == NodeText || type == ScanError)) {
@@ -227,7 +265,7 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
                 state = TrackQuotes(state, c, prev);
                 prev2 = prev;
                 prev = c;
-                if (tagRun) run = TagRunOf(state);
+                if (type == NodeElement) run = TagRunOf(state);
             } else if (type == NodeDocType) {
                 if (c == u'"' && !(state & ScanInSingle)) state ^= ScanInDouble;
                 else if (c == u'\'' && !(state & ScanInDouble)) state ^= ScanInSingle;
@@ -244,7 +282,7 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
                 state = ScanInSpace;
                 while (InSet(text[i + 1], WhitespaceChars)) ++i; // the run of whitespace
             } else {
-                open(NodeText, u"<", 1, TextRun);
+                open(NodeText, u"<", TextRun);
             }
         } else if (state & ScanInSpace) {
             // The whitespace was passed over in 4.1: c ends it.
@@ -253,19 +291,19 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
                 return finish(NodeWhitespace);
             }
             state &= ~ScanInSpace;
-            open(NodeText, u"<", 1, TextRun); // the whitespace is the head of a text node
+            open(NodeText, u"<", TextRun); // the whitespace is the head of a text node
         } else if (state & ScanAfterLess) {
             state &= ~ScanAfterLess;
             if (CanBeginName(c)) {
-                open(NodeElement, u">", 1, NameRun);
+                open(NodeElement, u">", NameRun);
                 nameStart = i;
             } else if (c == u'/') {
-                open(ScanEndTag, u">", 1, NameRun);
+                open(ScanEndTag, u">", NameRun);
                 nameStart = i + 1;
             } else if (c == u'!') {
                 state |= ScanAfterBang;
             } else if (c == u'?') {
-                open(NodeProcessing, u"?>", 2, NameRun);
+                open(NodeProcessing, u"?>", NameRun);
                 nameStart = i + 1;
             } else {
                 fault(u"first_tag_syntax");
@@ -275,7 +313,7 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             if (c == u'-') {
                 state |= ScanAfterDash;
             } else if (state & ScanInDocType) {
-                if (InSet(c, DeclStartChars)) open(NodeDocType, u">", 1, DeclRun);
+                if (InSet(c, DeclStartChars)) open(NodeDocType, u">", DeclRun);
                 else fault(u"doctype_tag_syntax");
             } else if (c == u'[') {
                 state |= ScanAfterBracket;
@@ -287,11 +325,11 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             }
         } else if (state & ScanAfterDash) {
             state &= ~ScanAfterDash;
-            if (c == u'-') open(NodeComment, u"-->", 3, CloseRun);
+            if (c == u'-') open(NodeComment, u"-->", CloseRun);
             else fault(u"comment_tag_syntax");
         } else if (state & ScanAfterBracket) {
             state &= ~ScanAfterBracket;
-            if (c == u'C') open(NodeCData, u"]]>", 3, CloseRun);
+            if (c == u'C') open(NodeCData, u"]]>", CloseRun);
             else fault(u"cdata_section_syntax");
         } else if (state & ScanInDocType) {
             if (c == u'<') {
