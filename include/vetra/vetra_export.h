@@ -6,13 +6,13 @@
 #define VETRA_EXPORT_H
 
 #if defined(_WIN32)
-#  if defined(VETRA_BUILDING)
-#    define VETRA_API __declspec(dllexport)
-#  else
-#    define VETRA_API __declspec(dllimport)
-#  endif
+#if defined(VETRA_BUILDING)
+#define VETRA_API __declspec(dllexport)
 #else
-#  define VETRA_API __attribute__((visibility("default")))
+#define VETRA_API __declspec(dllimport)
+#endif
+#else
+#define VETRA_API __attribute__((visibility("default")))
 #endif
 
 /// The character type of every text the library exchanges: one 16-bit

@@ -173,8 +173,8 @@ class VETRA_API CVTXmlParser {
 
     /// Flags of SetData and SetChildData.
     enum DataFlags {
-        DataCData = 0x1,      ///< write one CDATA section (split where the text holds "]]>")
-        DataKeepRefs = 0x8,   ///< keep well-formed references such as &amp; as written
+        DataCData = 0x1,          ///< write one CDATA section (split where the text holds "]]>")
+        DataKeepRefs = 0x8,       ///< keep well-formed references such as &amp; as written
         DataEscapeQuotes = 0x100, ///< also write both quote characters as references
     };
     /// Replaces the whole content of the main element by `text` (null:
@@ -199,8 +199,8 @@ class VETRA_API CVTXmlParser {
     const vtchar* GetResultLog();
 
   private:
-    vetra::xml::XmlEngine* m_pEngine;         // never null; owned
-    std::basic_string<vtchar>* m_pResult;     // backs computed results; owned
+    vetra::xml::XmlEngine* m_pEngine;     // never null; owned
+    std::basic_string<vtchar>* m_pResult; // backs computed results; owned
 };
 
 #endif // VETRA_XML_PARSER_H

@@ -29,8 +29,8 @@ const wchar* TextAttribute(uint32_t flags) {
 
 } // namespace
 
-void LogResult(WideString& log, const wchar* key, const wchar* text, uint32_t flags,
-               int32_t value, int32_t value2) {
+void LogResult(WideString& log, const wchar* key, const wchar* text, uint32_t flags, int32_t value,
+               int32_t value2) {
     if (log.size() >= kLogLimit) return;
     xml::XmlEngine entry(log.c_str());
     if (flags & LogUpdate)

@@ -12,8 +12,8 @@
 
 namespace vetra::text {
 
-using xml::WideString;
 using xml::wchar;
+using xml::WideString;
 
 /// Flags of LogResult: which attribute the text and the number go to.
 enum LogFlag : uint32_t {
@@ -32,8 +32,8 @@ constexpr size_t kLogLimit = 1000;
 /// Adds the entry <key .../> to `log`, or with LogUpdate sets attributes on
 /// the first entry of `key`. `text` null means no text attribute; `value`
 /// -1 means no offset; `value2` -1 means no offset2.
-void LogResult(WideString& log, const wchar* key, const wchar* text, uint32_t flags,
-               int32_t value, int32_t value2);
+void LogResult(WideString& log, const wchar* key, const wchar* text, uint32_t flags, int32_t value,
+               int32_t value2);
 
 } // namespace vetra::text
 

@@ -10,24 +10,45 @@ constexpr uint8_t kSpace = WhitespaceChars | WordEndChars | NameEndChars | Attri
 
 constexpr uint8_t ClassOf(int c) {
     switch (c) {
-    case '\t': case '\n': case '\r': return kSpace;
-    case ' ': return kSpace | PathEndChars;
-    case '!': case ';': case '<': case '\\': return WordEndChars;
-    case '"': case '\'': return WordEndChars | BeforeSlashChars;
-    case '/': return WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars;
-    case '=': return WordEndChars | PathEndChars | AttribNameEndChars;
-    case '>': return WordEndChars | NameEndChars | AttribNameEndChars | AttribValueEndChars;
-    case '?': return WordEndChars | AttribNameEndChars;
-    case '[': case ']': return PathEndChars;
-    case 'A': case 'E': case 'N': return DeclStartChars;
-    default: return 0;
+    case '\t':
+    case '\n':
+    case '\r':
+        return kSpace;
+    case ' ':
+        return kSpace | PathEndChars;
+    case '!':
+    case ';':
+    case '<':
+    case '\\':
+        return WordEndChars;
+    case '"':
+    case '\'':
+        return WordEndChars | BeforeSlashChars;
+    case '/':
+        return WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars;
+    case '=':
+        return WordEndChars | PathEndChars | AttribNameEndChars;
+    case '>':
+        return WordEndChars | NameEndChars | AttribNameEndChars | AttribValueEndChars;
+    case '?':
+        return WordEndChars | AttribNameEndChars;
+    case '[':
+    case ']':
+        return PathEndChars;
+    case 'A':
+    case 'E':
+    case 'N':
+        return DeclStartChars;
+    default:
+        return 0;
     }
 }
 
 struct Table {
     uint8_t v[128];
     constexpr Table() : v() {
-        for (int c = 0; c < 128; ++c) v[c] = ClassOf(c);
+        for (int c = 0; c < 128; ++c)
+            v[c] = ClassOf(c);
     }
 };
 constexpr Table kTable;
@@ -35,10 +56,11 @@ constexpr Table kTable;
 } // namespace
 
 const uint8_t kCharClass[128] = {
-#define R(i) kTable.v[i], kTable.v[i + 1], kTable.v[i + 2], kTable.v[i + 3], \
-             kTable.v[i + 4], kTable.v[i + 5], kTable.v[i + 6], kTable.v[i + 7]
-    R(0),  R(8),  R(16), R(24), R(32), R(40), R(48), R(56),
-    R(64), R(72), R(80), R(88), R(96), R(104), R(112), R(120)
+#define R(i)                                                                                       \
+    kTable.v[i], kTable.v[i + 1], kTable.v[i + 2], kTable.v[i + 3], kTable.v[i + 4],               \
+        kTable.v[i + 5], kTable.v[i + 6], kTable.v[i + 7]
+    R(0),  R(8),  R(16), R(24), R(32),  R(40),  R(48), R(56), R(64),
+    R(72), R(80), R(88), R(96), R(104), R(112), R(120)
 #undef R
 };
 

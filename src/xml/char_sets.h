@@ -27,7 +27,9 @@ enum CharSet : uint8_t {
 extern const uint8_t kCharClass[128];
 
 /// Is `c` a member of `set` (one CharSet bit)?
-inline bool InSet(wchar c, uint8_t set) { return c < 128 && (kCharClass[c] & set) != 0; }
+inline bool InSet(wchar c, uint8_t set) {
+    return c < 128 && (kCharClass[c] & set) != 0;
+}
 
 /// Can `c` begin a name: 0x3A or above, except ; < = > ? @ [ \ ] ^ and `.
 inline bool CanBeginName(wchar c) {

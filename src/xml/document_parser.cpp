@@ -5,11 +5,11 @@
 // One pass, iterative, with an explicit stack of open names. The text is
 // never changed and never refused: what is wrong goes to the result log
 // and into flag bits, and unended start tags are repaired.
+#include "text/result_log.h"
 #include "xml/char_sets.h"
 #include "xml/open_element_stack.h"
 #include "xml/saved_positions.h"
 #include "xml/xml_engine.h"
-#include "text/result_log.h"
 
 namespace vetra::xml {
 
@@ -46,8 +46,7 @@ bool XmlEngine::ParseDocument() {
     const ElementRecord& doc = Rec(0);
     if (m_docFlags & DocWriteStream) return true;
     if (m_docFlags & DocReadStream) return !doc.Has(ElemIllFormed);
-    return !doc.Has(ElemIllFormed) && doc.firstChild != 0 &&
-           Rec(doc.firstChild).nextSibling == 0;
+    return !doc.Has(ElemIllFormed) && doc.firstChild != 0 && Rec(doc.firstChild).nextSibling == 0;
 }
 
 namespace {

@@ -40,7 +40,8 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
     if (!emptyParent && lineEnds && !(flags & EditReplaceContent)) {
         const wchar* text = m_docText.c_str();
         int32_t p = at;
-        while (InSet(text[p], WhitespaceChars)) ++p;
+        while (InSet(text[p], WhitespaceChars))
+            ++p;
         if (text[p] == u'<' || text[p] == 0) at = p;
     }
 

@@ -20,7 +20,8 @@ void ElementStore::Grow(int32_t newSize) {
         int32_t capacity = targetSegment * 2 + 4;
         ElementRecord** table = new ElementRecord*[capacity];
         int32_t used = SegmentCount();
-        for (int32_t i = 0; i < used; ++i) table[i] = m_pSegments[i];
+        for (int32_t i = 0; i < used; ++i)
+            table[i] = m_pSegments[i];
         delete[] m_pSegments;
         m_pSegments = table;
         m_tableCapacity = capacity;
@@ -46,7 +47,8 @@ void ElementStore::Grow(int32_t newSize) {
 
 void ElementStore::Release() {
     int32_t used = SegmentCount();
-    for (int32_t i = 0; i < used; ++i) delete[] m_pSegments[i];
+    for (int32_t i = 0; i < used; ++i)
+        delete[] m_pSegments[i];
     delete[] m_pSegments;
     m_pSegments = nullptr;
     m_size = 0;

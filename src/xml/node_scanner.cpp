@@ -27,16 +27,16 @@ namespace {
 
 // The scan's state bits.
 enum ScanState : uint32_t {
-    ScanAfterLess = 0x1,    // the last character was <
-    ScanAfterBang = 0x2,    // the last two characters were <!
-    ScanAfterDash = 0x4,    // the last three characters were <!-
-    ScanAfterBracket = 0x8, // the last three characters were <![
-    ScanInSpace = 0x10,     // in a run of whitespace
-    ScanInDocType = 0x20,   // inside a document type declaration
-    ScanInSingle = 0x40,    // inside a single-quoted value
-    ScanInDouble = 0x80,    // inside a double-quoted value
+    ScanAfterLess = 0x1,     // the last character was <
+    ScanAfterBang = 0x2,     // the last two characters were <!
+    ScanAfterDash = 0x4,     // the last three characters were <!-
+    ScanAfterBracket = 0x8,  // the last three characters were <![
+    ScanInSpace = 0x10,      // in a run of whitespace
+    ScanInDocType = 0x20,    // inside a document type declaration
+    ScanInSingle = 0x40,     // inside a single-quoted value
+    ScanInDouble = 0x80,     // inside a double-quoted value
     ScanAfterEquals = 0x100, // behind the = of an attribute
-    ScanInBare = 0x200,     // inside an unquoted value
+    ScanInBare = 0x200,      // inside an unquoted value
 };
 
 // ---------------------------------------------------------------------------
@@ -67,22 +67,35 @@ enum Run : uint8_t {
 
 constexpr uint8_t RunEndsOf(int c) {
     switch (c) {
-    case 0: return 0xFF;
-    case '\t': case '\n': case '\r': case ' ': return NameRun | BareRun;
-    case '/': return NameRun;
-    case '>': return NameRun | TextRun | DeclRun | CloseRun | TagRun | BareRun;
-    case '<': return TextRun;
-    case '"': return DeclRun | DoubleRun;
-    case '\'': return DeclRun | SingleRun;
-    case '=': return TagRun;
-    default: return 0;
+    case 0:
+        return 0xFF;
+    case '\t':
+    case '\n':
+    case '\r':
+    case ' ':
+        return NameRun | BareRun;
+    case '/':
+        return NameRun;
+    case '>':
+        return NameRun | TextRun | DeclRun | CloseRun | TagRun | BareRun;
+    case '<':
+        return TextRun;
+    case '"':
+        return DeclRun | DoubleRun;
+    case '\'':
+        return DeclRun | SingleRun;
+    case '=':
+        return TagRun;
+    default:
+        return 0;
     }
 }
 
 struct RunEndTable {
     uint8_t v[128];
     constexpr RunEndTable() : v() {
-        for (int c = 0; c < 128; ++c) v[c] = RunEndsOf(c);
+        for (int c = 0; c < 128; ++c)
+            v[c] = RunEndsOf(c);
     }
 };
 constexpr RunEndTable kRunEnds;
@@ -117,7 +130,9 @@ struct TagRunTable {
 };
 constexpr TagRunTable kTagRuns;
 
-inline Run TagRunOf(uint32_t state) { return kTagRuns.v[(state >> QuoteShift) & 15]; }
+inline Run TagRunOf(uint32_t state) {
+    return kTagRuns.v[(state >> QuoteShift) & 15];
+}
 
 // ---------------------------------------------------------------------------
 // Quote tracking in a start tag and in malformed tag text: the new state.
@@ -143,12 +158,18 @@ inline uint32_t TrackQuotes(uint32_t state, wchar c, wchar prev) {
 const wchar* TypeWord(uint32_t state, int32_t type) {
     if ((state & ScanInDocType) || type == NodeDocType) return u"document_type";
     switch (type) {
-    case NodeElement: return u"start_tag";
-    case ScanEndTag: return u"end_tag";
-    case NodeCData: return u"cdata_section";
-    case NodeProcessing: return u"processing_instruction";
-    case NodeComment: return u"comment";
-    default: return u"tag";
+    case NodeElement:
+        return u"start_tag";
+    case ScanEndTag:
+        return u"end_tag";
+    case NodeCData:
+        return u"cdata_section";
+    case NodeProcessing:
+        return u"processing_instruction";
+    case NodeComment:
+        return u"comment";
+    default:
+        return u"tag";
     }
 }
 
@@ -186,7 +207,7 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
     int32_t nameStart = 0;             // 0: no name being read
     wchar prev = 0, prev2 = 0;         // the last two characters of quote tracking
     uint32_t state = 0;
-    uint8_t run = NoRun;               // the run the scan stands in
+    uint8_t run = NoRun; // the run the scan stands in
 
     auto finish = [&](int32_t result) {
         node.length = cursor.next - node.start;
@@ -242,11 +263,13 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
                     // Compare the characters before i with all but the last
                     // of the terminator, if i is greater than its length.
                     int32_t last = 1;
-                    while (terminator[last + 1] != 0) ++last;
+                    while (terminator[last + 1] != 0)
+                        ++last;
                     if (i > last + 1) {
                         const wchar* before = text + i - last;
                         int32_t k = 0;
-                        while (k < last && before[k] == terminator[k]) ++k;
+                        while (k < last && before[k] == terminator[k])
+                            ++k;
                         if (k == last) terminator = nullptr;
                     }
                 }
@@ -267,8 +290,10 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
                 prev = c;
                 if (type == NodeElement) run = TagRunOf(state);
             } else if (type == NodeDocType) {
-                if (c == u'"' && !(state & ScanInSingle)) state ^= ScanInDouble;
-                else if (c == u'\'' && !(state & ScanInDouble)) state ^= ScanInSingle;
+                if (c == u'"' && !(state & ScanInSingle))
+                    state ^= ScanInDouble;
+                else if (c == u'\'' && !(state & ScanInDouble))
+                    state ^= ScanInSingle;
             }
             continue;
         }
@@ -280,7 +305,8 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             } else if (InSet(c, WhitespaceChars)) {
                 type = NodeWhitespace;
                 state = ScanInSpace;
-                while (InSet(text[i + 1], WhitespaceChars)) ++i; // the run of whitespace
+                while (InSet(text[i + 1], WhitespaceChars))
+                    ++i; // the run of whitespace
             } else {
                 open(NodeText, u"<", TextRun);
             }
@@ -313,8 +339,10 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             if (c == u'-') {
                 state |= ScanAfterDash;
             } else if (state & ScanInDocType) {
-                if (InSet(c, DeclStartChars)) open(NodeDocType, u">", DeclRun);
-                else fault(u"doctype_tag_syntax");
+                if (InSet(c, DeclStartChars))
+                    open(NodeDocType, u">", DeclRun);
+                else
+                    fault(u"doctype_tag_syntax");
             } else if (c == u'[') {
                 state |= ScanAfterBracket;
             } else if (c == u'D') {
@@ -325,12 +353,16 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
             }
         } else if (state & ScanAfterDash) {
             state &= ~ScanAfterDash;
-            if (c == u'-') open(NodeComment, u"-->", CloseRun);
-            else fault(u"comment_tag_syntax");
+            if (c == u'-')
+                open(NodeComment, u"-->", CloseRun);
+            else
+                fault(u"comment_tag_syntax");
         } else if (state & ScanAfterBracket) {
             state &= ~ScanAfterBracket;
-            if (c == u'C') open(NodeCData, u"]]>", CloseRun);
-            else fault(u"cdata_section_syntax");
+            if (c == u'C')
+                open(NodeCData, u"]]>", CloseRun);
+            else
+                fault(u"cdata_section_syntax");
         } else if (state & ScanInDocType) {
             if (c == u'<') {
                 state |= ScanAfterLess;

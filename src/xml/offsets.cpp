@@ -25,7 +25,8 @@ void XmlEngine::AdjustOffsets(int32_t index, int32_t delta, bool skipChildren) {
         if (next == 0) next = at.nextSibling;
         if (next == 0) {
             int32_t up = at.parent;
-            while (up != ancestor && Rec(up).nextSibling == 0) up = Rec(up).parent;
+            while (up != ancestor && Rec(up).nextSibling == 0)
+                up = Rec(up).parent;
             next = up == ancestor ? up : Rec(up).nextSibling;
         }
         skip = false;

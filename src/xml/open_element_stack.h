@@ -31,7 +31,8 @@ class OpenElementStack {
         if (depth == capacity) {
             size_t largerSize = size_t(uint32_t(capacity)) * 2;
             std::unique_ptr<Name[]> larger(new Name[largerSize]);
-            for (int32_t i = 1; i < depth; ++i) larger[i] = m_entries[i];
+            for (int32_t i = 1; i < depth; ++i)
+                larger[i] = m_entries[i];
             m_entries = std::move(larger);
             capacity *= 2;
         }

@@ -40,10 +40,9 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wcha
     const __m128i vc = _mm_set1_epi16(short(c));
     for (;; i += 8) {
         __m128i block = _mm_load_si128(reinterpret_cast<const __m128i*>(text + i));
-        __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(block, zero),
-                                                _mm_cmpeq_epi16(block, va)),
-                                   _mm_or_si128(_mm_cmpeq_epi16(block, vb),
-                                                _mm_cmpeq_epi16(block, vc)));
+        __m128i hit =
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(block, zero), _mm_cmpeq_epi16(block, va)),
+                         _mm_or_si128(_mm_cmpeq_epi16(block, vb), _mm_cmpeq_epi16(block, vc)));
         int mask = _mm_movemask_epi8(hit);
         if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
     }
@@ -64,9 +63,9 @@ inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a,
     const __m128i vc = _mm_set1_epi16(short(c));
     for (; i + 8 <= end; i += 8) {
         __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
-        __m128i hit = _mm_or_si128(_mm_cmpeq_epi16(block, va),
-                                   _mm_or_si128(_mm_cmpeq_epi16(block, vb),
-                                                _mm_cmpeq_epi16(block, vc)));
+        __m128i hit =
+            _mm_or_si128(_mm_cmpeq_epi16(block, va),
+                         _mm_or_si128(_mm_cmpeq_epi16(block, vb), _mm_cmpeq_epi16(block, vc)));
         int mask = _mm_movemask_epi8(hit);
         if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
     }

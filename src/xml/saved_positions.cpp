@@ -17,11 +17,15 @@ void WriteEntry(SavedPosition& entry, const wchar* name, int32_t index, uint32_t
     entry.index = index;
 }
 
-bool IsUsed(const SavedPosition& entry) { return (entry.flags & SavedUsed) != 0; }
+bool IsUsed(const SavedPosition& entry) {
+    return (entry.flags & SavedUsed) != 0;
+}
 
 } // namespace
 
-void XmlEngine::DiscardSavedPositions() { m_pSavedTables->Discard(); }
+void XmlEngine::DiscardSavedPositions() {
+    m_pSavedTables->Discard();
+}
 
 bool XmlEngine::SavePosition(const wchar* name) {
     if ((m_docFlags & DocStreamModes) || name == nullptr) return false;
@@ -64,7 +68,8 @@ bool XmlEngine::SavePosition(const wchar* name) {
     // Full: grow to 2i + 12 entries (2, 14, 38, 86, ...). The array in use
     // is replaced only once the copy exists.
     SavedBucket* larger = new SavedBucket(2 * i + 12);
-    for (size_t k = 0; k <= i; ++k) (*larger)[k] = entries[k];
+    for (size_t k = 0; k <= i; ++k)
+        (*larger)[k] = entries[k];
     (*larger)[i].flags &= ~SavedLast;
     larger->back().flags = SavedLast;
     WriteEntry((*larger)[i + 1], name, index, bits);
@@ -115,14 +120,15 @@ void XmlEngine::PurgeSavedPositions() {
                 if (write < i) {
                     entries[write].name = entry.name;
                     entries[write].index = entry.index;
-                    entries[write].flags = (entries[write].flags & SavedLast) |
-                                           (entry.flags & ~SavedLast);
+                    entries[write].flags =
+                        (entries[write].flags & SavedLast) | (entry.flags & ~SavedLast);
                 }
                 ++write;
             }
             if (entry.flags & SavedLast) break;
         }
-        for (size_t k = write; k < entries.size(); ++k) entries[k].flags &= ~SavedUsed;
+        for (size_t k = write; k < entries.size(); ++k)
+            entries[k].flags &= ~SavedUsed;
     }
 }
 

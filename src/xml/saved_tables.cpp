@@ -29,7 +29,8 @@ SavedPositionTable& SavedTables::Ensure() {
 
 void SavedTables::Discard() {
     if (list == nullptr) return;
-    for (SavedPositionTable** t = list; *t != nullptr; ++t) delete *t;
+    for (SavedPositionTable** t = list; *t != nullptr; ++t)
+        delete *t;
     delete[] list;
     list = nullptr;
 }
@@ -46,7 +47,8 @@ void SavedTables::CopyFrom(const SavedTables& other) {
 
 int32_t SavedBucketOf(const wchar* name) {
     uint32_t sum = 0;
-    for (; *name != 0; ++name) sum += *name;
+    for (; *name != 0; ++name)
+        sum += *name;
     return int32_t(sum % SavedPositionTable::kBuckets);
 }
 

@@ -15,14 +15,14 @@ namespace vetra::xml {
 
 /// Scanner state, set up on the spot by each reading operation.
 struct TokenCursor {
-    int32_t tokenStart = 0;    // first character of the current token
-    int32_t tokenEnd = -1;     // last character; tokenStart - 1 when empty
-    int32_t next = 0;          // where scanning goes on
+    int32_t tokenStart = 0;      // first character of the current token
+    int32_t tokenEnd = -1;       // last character; tokenStart - 1 when empty
+    int32_t next = 0;            // where scanning goes on
     const wchar* text = nullptr; // the null-terminated text
-    uint32_t flags = 0;        // a copy of the document flags, plus CursorQuoted
-    int32_t matchOrigin = 0;   // ScanAttrib: where the scan stood before the match's whitespace
-    int32_t matchGap = 0;      // ScanAttrib: whitespace characters before the matched name
-    void* stream = nullptr;    // stream context; always null in this library
+    uint32_t flags = 0;          // a copy of the document flags, plus CursorQuoted
+    int32_t matchOrigin = 0;     // ScanAttrib: where the scan stood before the match's whitespace
+    int32_t matchGap = 0;        // ScanAttrib: whitespace characters before the matched name
+    void* stream = nullptr;      // stream context; always null in this library
 
     TokenCursor() = default;
     TokenCursor(const wchar* t, uint32_t docFlags, int32_t from = 0)

@@ -65,7 +65,8 @@ void XmlEngine::FreeElements(int32_t index) {
     // Post-order without recursion: FreeRecord overwrites nextSibling, so it
     // is read first; firstChild and parent survive freeing.
     int32_t node = index;
-    while (Rec(node).firstChild != 0) node = Rec(node).firstChild;
+    while (Rec(node).firstChild != 0)
+        node = Rec(node).firstChild;
     for (;;) {
         if (node == index) {
             FreeRecord(node);
@@ -76,7 +77,8 @@ void XmlEngine::FreeElements(int32_t index) {
         FreeRecord(node);
         if (sibling != 0) {
             node = sibling;
-            while (Rec(node).firstChild != 0) node = Rec(node).firstChild;
+            while (Rec(node).firstChild != 0)
+                node = Rec(node).firstChild;
         } else {
             node = parent;
         }

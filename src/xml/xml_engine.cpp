@@ -13,7 +13,6 @@
 
 namespace vetra::xml {
 
-
 XmlEngine::XmlEngine(const wchar* text) {
     m_pSavedTables = new SavedTables;
     try {
@@ -40,8 +39,10 @@ void XmlEngine::CopyFrom(const XmlEngine& other) {
     ElementStore* store = new ElementStore;
     try {
         int32_t used = other.m_nextRecord;
-        while (store->Size() < other.m_pStore->Size()) store->Grow(other.m_pStore->Size());
-        for (int32_t i = 0; i < used; ++i) store->At(i) = other.m_pStore->At(i);
+        while (store->Size() < other.m_pStore->Size())
+            store->Grow(other.m_pStore->Size());
+        for (int32_t i = 0; i < used; ++i)
+            store->At(i) = other.m_pStore->At(i);
         m_pSavedTables->CopyFrom(*other.m_pSavedTables);
     } catch (...) {
         delete store;

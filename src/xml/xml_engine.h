@@ -21,11 +21,11 @@ struct SavedTables; // saved_positions.cpp
 /// A parsed element path, made for one search (path_query.cpp).
 struct PathQuery {
     enum Kind : int32_t {
-        PathInvalid = -1,  // failed to parse: the search fails
-        PathAny = 0,       // null or empty: any next element
-        PathRelative = 1,  // begins with a name: the next element of that name
-        PathAbsolute = 2,  // begins with '/': the search fails
-        PathAnywhere = 3,  // begins with "//": the search fails
+        PathInvalid = -1, // failed to parse: the search fails
+        PathAny = 0,      // null or empty: any next element
+        PathRelative = 1, // begins with a name: the next element of that name
+        PathAbsolute = 2, // begins with '/': the search fails
+        PathAnywhere = 3, // begins with "//": the search fails
     };
     int32_t kind = PathAny;
     const wchar* text = nullptr; // the path, or null
@@ -123,9 +123,7 @@ class XmlEngine {
         AttribValue(index, name, out);
         return out;
     }
-    WideString ElementSubDoc(int32_t index) const {
-        return Read(&XmlEngine::ElementSubDoc, index);
-    }
+    WideString ElementSubDoc(int32_t index) const { return Read(&XmlEngine::ElementSubDoc, index); }
     /// Where the text of an element ends when it is taken out whole: behind
     /// the whitespace that follows it if a tag or the end of the text comes
     /// next, else at the element's own end.
@@ -158,18 +156,18 @@ class XmlEngine {
     void DiscardSavedPositions();
 
     // --- Fields, in the documented order -----------------------------------
-    WideString m_docText;         // the document; record offsets count its units
-    WideString m_resultLog;       // what parsing and file operations found
-    int32_t m_parentIndex = 0;    // the position triple: parent,
-    int32_t m_mainIndex = 0;      //   main element,
-    int32_t m_childIndex = 0;     //   and child of the main element
-    int32_t m_nextRecord = 1;     // next record never handed out
-    int32_t m_freedHead = 0;      // chain of freed records
-    int32_t m_nodeType = 0;       // 1 on an element, 0 on nothing, else a NodeType
-    int32_t m_nodeOffset = 0;     // a current non-element node: offset,
-    int32_t m_nodeLength = 0;     //   and length (always 0 in this library)
-    uint32_t m_docFlags = 0;      // DocFlag bits
-    void* m_pStream = nullptr;    // stream context; always null here
+    WideString m_docText;                  // the document; record offsets count its units
+    WideString m_resultLog;                // what parsing and file operations found
+    int32_t m_parentIndex = 0;             // the position triple: parent,
+    int32_t m_mainIndex = 0;               //   main element,
+    int32_t m_childIndex = 0;              //   and child of the main element
+    int32_t m_nextRecord = 1;              // next record never handed out
+    int32_t m_freedHead = 0;               // chain of freed records
+    int32_t m_nodeType = 0;                // 1 on an element, 0 on nothing, else a NodeType
+    int32_t m_nodeOffset = 0;              // a current non-element node: offset,
+    int32_t m_nodeLength = 0;              //   and length (always 0 in this library)
+    uint32_t m_docFlags = 0;               // DocFlag bits
+    void* m_pStream = nullptr;             // stream context; always null here
     SavedTables* m_pSavedTables = nullptr; // owned
     ElementStore* m_pStore = nullptr;      // owned
 

@@ -18,17 +18,17 @@ using WideString = std::u16string;
 
 /// Node types, which are also the results of ScanNode.
 enum NodeType : int32_t {
-    ScanEnd = -2,          // nothing: the end of the text
-    ScanError = -1,        // a piece of malformed tag text
-    ScanEndTag = 0,        // an end tag
-    NodeElement = 1,       // a start tag or empty-element tag
-    NodeText = 2,          // a run of text that isn't only whitespace
-    NodeWhitespace = 4,    // a run of whitespace
-    NodeCData = 8,         // a CDATA section
-    NodeProcessing = 16,   // a processing instruction
-    NodeComment = 32,      // a comment
-    NodeDocType = 64,      // a document type declaration
-    NodeLoneEndTag = 128,  // a current node that is a stray end tag (never scanned)
+    ScanEnd = -2,         // nothing: the end of the text
+    ScanError = -1,       // a piece of malformed tag text
+    ScanEndTag = 0,       // an end tag
+    NodeElement = 1,      // a start tag or empty-element tag
+    NodeText = 2,         // a run of text that isn't only whitespace
+    NodeWhitespace = 4,   // a run of whitespace
+    NodeCData = 8,        // a CDATA section
+    NodeProcessing = 16,  // a processing instruction
+    NodeComment = 32,     // a comment
+    NodeDocType = 64,     // a document type declaration
+    NodeLoneEndTag = 128, // a current node that is a stray end tag (never scanned)
 };
 
 /// The document flag word, XmlEngine::m_docFlags.

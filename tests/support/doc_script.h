@@ -10,9 +10,13 @@
 
 namespace vetra::test {
 
-inline std::u16string S(const vtchar* p) { return p ? std::u16string(p) : u"(null)"; }
+inline std::u16string S(const vtchar* p) {
+    return p ? std::u16string(p) : u"(null)";
+}
 
-inline std::u16string U(const std::string& ascii) { return std::u16string(ascii.begin(), ascii.end()); }
+inline std::u16string U(const std::string& ascii) {
+    return std::u16string(ascii.begin(), ascii.end());
+}
 
 /// Places the position by a script of words: "m x" finds main element x
 /// (FindElem), "c x" finds child x (FindChildElem), "in" goes into the main
@@ -39,10 +43,14 @@ inline bool Place(CVTXmlParser& doc, const std::string& script) {
 inline std::string Show(const std::u16string& text) {
     std::string out;
     for (char16_t c : text) {
-        if (c == u'\r') out += "\\r";
-        else if (c == u'\n') out += "\\n";
-        else if (c < 128) out += char(c);
-        else out += "?";
+        if (c == u'\r')
+            out += "\\r";
+        else if (c == u'\n')
+            out += "\\n";
+        else if (c < 128)
+            out += char(c);
+        else
+            out += "?";
     }
     return out;
 }

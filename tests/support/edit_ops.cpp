@@ -13,11 +13,20 @@ using namespace vetra::xml;
 namespace {
 
 const char16_t* const kNames[] = {u"a", u"b", u"c", u"item", u"a;b"};
-const char16_t* const kValues[] = {u"", u"x", u"a<b&c>d", u"  spaced  ", u"q\"uote's",
-                                   u"]]>", u"&amp;", u"\u00E9\U0001F600"};
+const char16_t* const kValues[] = {u"",          u"x",   u"a<b&c>d", u"  spaced  ",
+                                   u"q\"uote's", u"]]>", u"&amp;",   u"\u00E9\U0001F600"};
 const char16_t* const kFragments[] = {
-    u"<n/>", u"<n k=\"v\">t</n>", u"<n><m/>x<m/></n>", u" <n/> ", u"<n/><o/>", u"<n><o></n>",
-    u"text", u"", u"<!-- c --><n/>", u"</z>", u"<n><![CDATA[<x>]]></n>",
+    u"<n/>",
+    u"<n k=\"v\">t</n>",
+    u"<n><m/>x<m/></n>",
+    u" <n/> ",
+    u"<n/><o/>",
+    u"<n><o></n>",
+    u"text",
+    u"",
+    u"<!-- c --><n/>",
+    u"</z>",
+    u"<n><![CDATA[<x>]]></n>",
     // An unterminated tag would join the text behind it into a tag that a
     // fresh parse sees and the edit doesn't: it is a fuzz-only fragment.
 };
@@ -47,7 +56,8 @@ std::u16string RandomDocument(ChoiceSource& c, int maxElements) {
         if (what <= 4 || open.empty()) {
             std::u16string name = PICK(c, kNames);
             text += u"<" + name;
-            for (uint32_t k = c.Pick(3); k > 0; --k) text += u" k" + name + u"=\"v\"";
+            for (uint32_t k = c.Pick(3); k > 0; --k)
+                text += u" k" + name + u"=\"v\"";
             ++elements;
             if (c.Pick(3) == 0) {
                 text += u"/>";
@@ -73,30 +83,72 @@ std::u16string RandomDocument(ChoiceSource& c, int maxElements) {
 std::string RandomStep(XmlEngine& e, ChoiceSource& c, bool anyFragment) {
     const char16_t* name = PICK(c, kNames);
     const char16_t* value = PICK(c, kValues);
-    const char16_t* fragment = anyFragment && c.Pick(4) == 0 ? PICK(c, kFuzzFragments)
-                                                              : PICK(c, kFragments);
+    const char16_t* fragment =
+        anyFragment && c.Pick(4) == 0 ? PICK(c, kFuzzFragments) : PICK(c, kFragments);
     switch (c.Pick(22)) {
-    case 0: e.FindElem(c.Pick(2) ? nullptr : name); return "FindElem";
-    case 1: e.FindChildElem(c.Pick(2) ? nullptr : name); return "FindChildElem";
-    case 2: e.IntoElem(); return "IntoElem";
-    case 3: e.OutOfElem(); return "OutOfElem";
-    case 4: e.ResetPos(); return "ResetPos";
-    case 5: e.ResetMainPos(); return "ResetMainPos";
-    case 6: e.ResetChildPos(); return "ResetChildPos";
-    case 7: e.AddElement(name, value, c.Pick(2) ? uint32_t(EditCData) : 0u); return "AddElem";
-    case 8: e.AddElement(name, value, EditInsertBefore); return "InsertElem";
-    case 9: e.AddElement(name, value, EditChild); return "AddChildElem";
-    case 10: e.AddSubDocument(fragment, 0); return "AddSubDoc";
-    case 11: e.AddSubDocument(fragment, EditInsertBefore); return "InsertSubDoc";
-    case 12: e.AddSubDocument(fragment, EditChild); return "AddChildSubDoc";
-    case 13: e.RemoveElem(); return "RemoveElem";
-    case 14: e.RemoveChildElem(); return "RemoveChildElem";
-    case 15: e.WriteAttrib(e.m_mainIndex, name, value, 0); return "SetAttrib";
-    case 16: e.WriteAttrib(e.m_childIndex, name, value, 0); return "SetChildAttrib";
-    case 17: e.WriteData(e.m_mainIndex, value, c.Pick(3) == 0 ? uint32_t(EditCData) : 0u); return "SetData";
-    case 18: e.WriteData(e.m_childIndex, value, c.Pick(2) ? uint32_t(EditKeepRefs) : 0u); return "SetChildData";
-    case 19: e.SavePosition(name); return "SavePos";
-    case 20: e.RestorePosition(name); return "RestorePos";
+    case 0:
+        e.FindElem(c.Pick(2) ? nullptr : name);
+        return "FindElem";
+    case 1:
+        e.FindChildElem(c.Pick(2) ? nullptr : name);
+        return "FindChildElem";
+    case 2:
+        e.IntoElem();
+        return "IntoElem";
+    case 3:
+        e.OutOfElem();
+        return "OutOfElem";
+    case 4:
+        e.ResetPos();
+        return "ResetPos";
+    case 5:
+        e.ResetMainPos();
+        return "ResetMainPos";
+    case 6:
+        e.ResetChildPos();
+        return "ResetChildPos";
+    case 7:
+        e.AddElement(name, value, c.Pick(2) ? uint32_t(EditCData) : 0u);
+        return "AddElem";
+    case 8:
+        e.AddElement(name, value, EditInsertBefore);
+        return "InsertElem";
+    case 9:
+        e.AddElement(name, value, EditChild);
+        return "AddChildElem";
+    case 10:
+        e.AddSubDocument(fragment, 0);
+        return "AddSubDoc";
+    case 11:
+        e.AddSubDocument(fragment, EditInsertBefore);
+        return "InsertSubDoc";
+    case 12:
+        e.AddSubDocument(fragment, EditChild);
+        return "AddChildSubDoc";
+    case 13:
+        e.RemoveElem();
+        return "RemoveElem";
+    case 14:
+        e.RemoveChildElem();
+        return "RemoveChildElem";
+    case 15:
+        e.WriteAttrib(e.m_mainIndex, name, value, 0);
+        return "SetAttrib";
+    case 16:
+        e.WriteAttrib(e.m_childIndex, name, value, 0);
+        return "SetChildAttrib";
+    case 17:
+        e.WriteData(e.m_mainIndex, value, c.Pick(3) == 0 ? uint32_t(EditCData) : 0u);
+        return "SetData";
+    case 18:
+        e.WriteData(e.m_childIndex, value, c.Pick(2) ? uint32_t(EditKeepRefs) : 0u);
+        return "SetChildData";
+    case 19:
+        e.SavePosition(name);
+        return "SavePos";
+    case 20:
+        e.RestorePosition(name);
+        return "RestorePos";
     default: {
         // Read everything at the position; reads must never disturb anything.
         e.ElementData(e.m_mainIndex);
@@ -129,9 +181,9 @@ std::string CompareWithReparse(const XmlEngine& engine, bool compareLevels) {
         if (!(x == y)) {
             std::ostringstream s;
             s << "element " << i << " differs from a fresh parse: start " << x.start << "/"
-              << y.start << " length " << x.length << "/" << y.length << " tags "
-              << x.startTagChars << "," << x.endTagChars << "/" << y.startTagChars << ","
-              << y.endTagChars << " level " << x.level << "/" << y.level;
+              << y.start << " length " << x.length << "/" << y.length << " tags " << x.startTagChars
+              << "," << x.endTagChars << "/" << y.startTagChars << "," << y.endTagChars << " level "
+              << x.level << "/" << y.level;
             return s.str();
         }
     }

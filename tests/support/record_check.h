@@ -27,7 +27,7 @@ std::string CheckRecords(const xml::XmlEngine& engine, CheckOptions options = {}
 struct RecordView {
     int32_t start, length, startTagChars, endTagChars, level;
     uint32_t flags;
-    int32_t depth;      // depth in the tree as linked, root = 0
+    int32_t depth; // depth in the tree as linked, root = 0
     int32_t childCount;
     bool operator==(const RecordView& o) const {
         return start == o.start && length == o.length && startTagChars == o.startTagChars &&

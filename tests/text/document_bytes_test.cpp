@@ -25,7 +25,8 @@ TEST(DocumentBytes, ConvertsIntoTheDocumentAndParses) {
     };
     for (const auto& c : cases) {
         XmlEngine engine(u"<old/>");
-        EXPECT_EQ(SetDocBytes(engine, c.codePage, c.bytes, int32_t(std::strlen(c.bytes))), c.result);
+        EXPECT_EQ(SetDocBytes(engine, c.codePage, c.bytes, int32_t(std::strlen(c.bytes))),
+                  c.result);
         EXPECT_EQ(engine.m_docText, c.text);
     }
     XmlEngine engine(u"<old/>");

@@ -37,8 +37,7 @@ TEST(ResultLog, EntriesOfAParse) {
          u"<cdata_section_syntax offset=\"12\"/>"},
         {u"<a>x<", u"<unterminated_tag_syntax type=\"tag\" offset=\"4\"/>"
                    u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"5\"/>"},
-        {u"<a t=\"&quot;\"/></a\"b>",
-         u"<lone_end_tag tagname=\"a&quot;b\" offset=\"15\"/>"},
+        {u"<a t=\"&quot;\"/></a\"b>", u"<lone_end_tag tagname=\"a&quot;b\" offset=\"15\"/>"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.text));

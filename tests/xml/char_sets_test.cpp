@@ -81,8 +81,10 @@ TEST(CharSets, SpotChecks) {
 TEST(CharSets, WhatCanBeginAName) {
     const std::u16string yes = u":_AZaz{|}~\u007F\u0080\u00E9\u0130\u4E00\uFF1E\uFFFF";
     const std::u16string no = u"0123456789-.;<=>?@[\\]^` \t\r\n!\"#$%&'()*+,/";
-    for (char16_t c : yes) EXPECT_TRUE(CanBeginName(c)) << std::hex << int(c);
-    for (char16_t c : no) EXPECT_FALSE(CanBeginName(c)) << std::hex << int(c);
+    for (char16_t c : yes)
+        EXPECT_TRUE(CanBeginName(c)) << std::hex << int(c);
+    for (char16_t c : no)
+        EXPECT_FALSE(CanBeginName(c)) << std::hex << int(c);
     // All of them: 0x3A and above, except ; < = > ? @ [ \ ] ^ and the backquote.
     const std::u16string excluded = u";<=>?@[\\]^`";
     for (int c = 0; c < 0x10000; ++c) {

@@ -14,8 +14,7 @@ using vetra::test::RecordView;
 
 namespace {
 
-constexpr uint32_t F = ElemFirstSibling, U = ElemUnended, I = ElemFaultInside,
-                   W = ElemIllFormed;
+constexpr uint32_t F = ElemFirstSibling, U = ElemUnended, I = ElemFaultInside, W = ElemIllFormed;
 
 struct ParseCase {
     const char16_t* text;
@@ -29,8 +28,7 @@ TEST(DocumentParser, RecordsOfEachText) {
     const ParseCase cases[] = {
         {u"", false, 0, {}},
         {u"<a/>", true, 0, {{0, 4, 4, 0, 0, F, 0, 0}}},
-        {u"<?xml version=\"1.0\"?><!-- c --><a>t</a>\r\n  ", true, 0,
-         {{31, 8, 3, 4, 0, F, 0, 0}}},
+        {u"<?xml version=\"1.0\"?><!-- c --><a>t</a>\r\n  ", true, 0, {{31, 8, 3, 4, 0, F, 0, 0}}},
         {u"<a/><b/>", false, 0, {{0, 4, 4, 0, 0, F, 0, 0}, {4, 4, 4, 0, 0, 0, 0, 0}}},
         {u"no tags", false, 0, {}},
         {u"<!-- only a comment -->", false, 0, {}},
@@ -39,29 +37,38 @@ TEST(DocumentParser, RecordsOfEachText) {
         {u"<a>", false, W, {{0, 3, 3, 0, 0, F | U, 0, 0}}},
         // An unended element's children become its following siblings and
         // keep their levels.
-        {u"<a><b/><c/>", false, W,
+        {u"<a><b/><c/>",
+         false,
+         W,
          {{0, 3, 3, 0, 0, F | U, 0, 0}, {3, 4, 4, 0, 1, 0, 0, 0}, {7, 4, 4, 0, 1, 0, 0, 0}}},
-        {u"<a><b>x</a>y</b>", false, W | I,
+        {u"<a><b>x</a>y</b>",
+         false,
+         W | I,
          {{0, 11, 3, 4, 0, F, 0, 1}, {3, 3, 3, 0, 1, F | U, 1, 0}}},
         {u"<A></a>", false, W | I, {{0, 3, 3, 0, 0, F | U, 0, 0}}},
         {u"<a></a  >", true, 0, {{0, 9, 3, 6, 0, F, 0, 0}}},
         {u"<a><1></a>", false, W, {{0, 10, 3, 4, 0, F | I, 0, 0}}},
         {u"<a b=\"c></a>", false, W | I, {}},
-        {u"<a><b><!x>", false, W | I,
-         {{0, 3, 3, 0, 0, F | U, 0, 0}, {3, 3, 3, 0, 1, U, 0, 0}}},
+        {u"<a><b><!x>", false, W | I, {{0, 3, 3, 0, 0, F | U, 0, 0}, {3, 3, 3, 0, 1, U, 0, 0}}},
         {u"</a>", false, W | I, {}},
         // The end tag matches the innermost open name first, and the name
         // of a start tag runs to whitespace, / or >.
-        {u"<a;b x='1'><c></c></a;b>", true, 0,
+        {u"<a;b x='1'><c></c></a;b>",
+         true,
+         0,
          {{0, 24, 11, 6, 0, F, 0, 1}, {11, 7, 3, 4, 1, F, 1, 0}}},
         // Nested unended elements unfold into a row, innermost last.
-        {u"<r><a><b><c></r>", false, W,
+        {u"<r><a><b><c></r>",
+         false,
+         W,
          {{0, 16, 3, 4, 0, F, 0, 3},
           {3, 3, 3, 0, 1, F | U, 1, 0},
           {6, 3, 3, 0, 2, U, 1, 0},
           {9, 3, 3, 0, 3, U, 1, 0}}},
         // Text, CDATA, PIs and doctype nodes give no records.
-        {u"<!DOCTYPE r [<!ENTITY e \"<x>\">]><r><![CDATA[<y/>]]><?p <z/>?>t</r>", true, 0,
+        {u"<!DOCTYPE r [<!ENTITY e \"<x>\">]><r><![CDATA[<y/>]]><?p <z/>?>t</r>",
+         true,
+         0,
          {{32, 34, 3, 4, 0, F, 0, 0}}},
     };
     for (const ParseCase& c : cases) {
@@ -75,10 +82,10 @@ TEST(DocumentParser, RecordsOfEachText) {
         for (size_t i = 0; i < got.size(); ++i) {
             const RecordView& g = got[i];
             const RecordView& w = c.records[i];
-            EXPECT_TRUE(g == w) << "record " << i << " got {" << g.start << ", " << g.length
-                                << ", " << g.startTagChars << ", " << g.endTagChars << ", "
-                                << g.level << ", 0x" << std::hex << g.flags << std::dec << ", "
-                                << g.depth << ", " << g.childCount << "}";
+            EXPECT_TRUE(g == w) << "record " << i << " got {" << g.start << ", " << g.length << ", "
+                                << g.startTagChars << ", " << g.endTagChars << ", " << g.level
+                                << ", 0x" << std::hex << g.flags << std::dec << ", " << g.depth
+                                << ", " << g.childCount << "}";
         }
         EXPECT_EQ(CheckRecords(engine), "");
         EXPECT_EQ(engine.m_mainIndex, 0);
@@ -97,8 +104,10 @@ TEST(DocumentParser, SingleChildClosesItsOwnRing) {
 TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
     for (int depth : {10, 5000}) {
         std::u16string text;
-        for (int i = 0; i < depth; ++i) text += u"<e>";
-        for (int i = 0; i < depth; ++i) text += u"</e>";
+        for (int i = 0; i < depth; ++i)
+            text += u"<e>";
+        for (int i = 0; i < depth; ++i)
+            text += u"</e>";
         XmlEngine engine;
         ASSERT_TRUE(engine.SetDocText(text.c_str()));
         EXPECT_EQ(CheckRecords(engine, {true}), "");
@@ -110,7 +119,8 @@ TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
         }
     }
     OpenElementStack stack;
-    for (int i = 0; i < 10; ++i) stack.Push(u"e", 1);
+    for (int i = 0; i < 10; ++i)
+        stack.Push(u"e", 1);
     EXPECT_EQ(stack.capacity, 14);
     EXPECT_EQ(stack.depth, 10);
 }
@@ -118,7 +128,8 @@ TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
 TEST(DocumentParser, UnendedElementsAtDepthCloseWithoutRecursion) {
     // 100,000 start tags and no end tag: all become a row of siblings.
     std::u16string text;
-    for (int i = 0; i < 100000; ++i) text += u"<e>";
+    for (int i = 0; i < 100000; ++i)
+        text += u"<e>";
     XmlEngine engine;
     EXPECT_FALSE(engine.SetDocText(text.c_str()));
     EXPECT_EQ(CheckRecords(engine), "");

@@ -26,8 +26,8 @@ TEST(ElementEdit, TextOfEachOperation) {
     const EditCase cases[] = {
         {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a"); }, u"<a/>\r\n", 1},
         {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", u"x"); }, u"<a>x</a>\r\n", 1},
-        {u"<a/>\r\n", "m a", [](CVTXmlParser& d) { return d.AddElem(u"b"); },
-         u"<a/>\r\n<b/>\r\n", 1},
+        {u"<a/>\r\n", "m a", [](CVTXmlParser& d) { return d.AddElem(u"b"); }, u"<a/>\r\n<b/>\r\n",
+         1},
         {u"<a/>", "m a", [](CVTXmlParser& d) { return d.AddElem(u"b"); }, u"<a/><b/>\r\n", 1},
         {u"<a/>\r\n", "m a", [](CVTXmlParser& d) { return d.AddChildElem(u"b"); },
          u"<a>\r\n<b/>\r\n</a>\r\n", 1},
@@ -64,8 +64,8 @@ TEST(ElementEdit, TextOfEachOperation) {
          u"<a><b><c></b></a>\r\n", 0},
         {u"<a/>\r\n", "m a", [](CVTXmlParser& d) { return d.AddChildSubDoc(u"t"); },
          u"<a>t</a>\r\n", 0},
-        {u"<a>\r\n<b/>\r\n<c/>\r\n</a>", "m a c b", [](CVTXmlParser& d) { return d.RemoveChildElem(); },
-         u"<a>\r\n<c/>\r\n</a>", 1},
+        {u"<a>\r\n<b/>\r\n<c/>\r\n</a>", "m a c b",
+         [](CVTXmlParser& d) { return d.RemoveChildElem(); }, u"<a>\r\n<c/>\r\n</a>", 1},
         {u"<a>\r\n<b/>\r\n</a>", "m a c b", [](CVTXmlParser& d) { return d.RemoveChildElem(); },
          u"<a>\r\n</a>", 1},
         {u"<a>x<b/>y</a>", "m a c b", [](CVTXmlParser& d) { return d.RemoveChildElem(); },
@@ -81,8 +81,7 @@ TEST(ElementEdit, TextOfEachOperation) {
         {u"<a/>", "m a", [](CVTXmlParser& d) { return d.AddElem(nullptr); }, u"<a/>", 0},
         // Values and names as given.
         {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", u""); }, u"<a/>\r\n", 1},
-        {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", 1.5); },
-         u"<a>1.500000</a>\r\n", 1},
+        {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", 1.5); }, u"<a>1.500000</a>\r\n", 1},
         {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", -7); }, u"<a>-7</a>\r\n", 1},
         {u"", "", [](CVTXmlParser& d) { return d.AddElem(u"a", 4294967295u); },
          u"<a>4294967295</a>\r\n", 1},
@@ -115,7 +114,8 @@ struct Doc {
         XmlEngine fresh(engine.m_docText.c_str());
         std::vector<RecordView> a = DocumentOrder(engine), b = DocumentOrder(fresh);
         ASSERT_EQ(a.size(), b.size());
-        for (size_t i = 0; i < a.size(); ++i) EXPECT_TRUE(a[i] == b[i]) << "element " << i;
+        for (size_t i = 0; i < a.size(); ++i)
+            EXPECT_TRUE(a[i] == b[i]) << "element " << i;
     }
 };
 
@@ -155,7 +155,8 @@ TEST(ElementEdit, RemovingAndAddingUsesNewIndices) {
 
 TEST(ElementEdit, RemovingALargeSubtreeFreesAllItsRecords) {
     std::u16string text = u"<r><big>";
-    for (int i = 0; i < 500; ++i) text += u"<e><f/></e>";
+    for (int i = 0; i < 500; ++i)
+        text += u"<e><f/></e>";
     text += u"</big><after/></r>";
     Doc d(text.c_str());
     ASSERT_TRUE(d.engine.FindElem(nullptr) && d.engine.FindChildElem(u"big"));
@@ -163,7 +164,8 @@ TEST(ElementEdit, RemovingALargeSubtreeFreesAllItsRecords) {
     ASSERT_EQ(d.engine.RemoveChildElem(), 1);
     EXPECT_EQ(d.engine.m_nextRecord, taken);
     int freed = 0;
-    for (int32_t f = d.engine.m_freedHead; f != 0; f = d.engine.Rec(f).nextSibling) ++freed;
+    for (int32_t f = d.engine.m_freedHead; f != 0; f = d.engine.Rec(f).nextSibling)
+        ++freed;
     EXPECT_EQ(freed, 1001);
     EXPECT_EQ(d.Check(), "");
     EXPECT_EQ(d.engine.m_docText, u"<r><after/></r>");
@@ -175,7 +177,8 @@ TEST(ElementEdit, FindAndRemoveLoopSeesEveryElementOnce) {
     doc.FindElem();
     doc.IntoElem();
     int removed = 0;
-    while (doc.FindElem(u"a")) removed += doc.RemoveElem();
+    while (doc.FindElem(u"a"))
+        removed += doc.RemoveElem();
     EXPECT_EQ(removed, 3);
     EXPECT_EQ(S(doc.GetDoc()), u"<r><b/><c/></r>");
 }
@@ -233,7 +236,7 @@ TEST(ElementEdit, TagsTooLongForTheirFieldsAreRefused) {
     EXPECT_EQ(doc.AddElem(name1021.c_str(), u"x"), 0); // end tag of 1,024 characters
     EXPECT_EQ(S(doc.GetDoc()), u"");
     EXPECT_EQ(doc.AddElem(name1021.c_str()), 1); // <name/> needs no end tag
-    EXPECT_EQ(doc.AddChildElem(u"c"), 0);         // opening it would need one
+    EXPECT_EQ(doc.AddChildElem(u"c"), 0);        // opening it would need one
     EXPECT_EQ(doc.SetData(u"x"), 0);
     EXPECT_EQ(doc.AddChildSubDoc(u"<c/>"), 0);
     EXPECT_EQ(doc.AddElem(name1020.c_str(), u"x"), 1); // 1,023 fits

@@ -26,7 +26,8 @@ TEST(ElementStore, GrowAddsAtMostOneSegmentPerCall) {
     };
     for (const GrowCase& c : cases) {
         ElementStore store;
-        for (int32_t s : c.steps) store.Grow(s);
+        for (int32_t s : c.steps)
+            store.Grow(s);
         EXPECT_EQ(store.Size(), c.size);
         ASSERT_EQ(store.SegmentCount(), int32_t(c.segments.size()));
         // The last record of each segment must be addressable without overrun
@@ -43,7 +44,8 @@ TEST(ElementStore, FirstGrowGivesTableOfFourSlots) {
     ElementStore store;
     store.Grow(8);
     EXPECT_EQ(store.TableCapacity(), 4);
-    for (int i = 0; i < 4; ++i) store.Grow((i + 1) * 65536 + 1);
+    for (int i = 0; i < 4; ++i)
+        store.Grow((i + 1) * 65536 + 1);
     EXPECT_GE(store.TableCapacity(), store.SegmentCount());
     store.Release();
     EXPECT_EQ(store.Size(), 0);
@@ -53,11 +55,14 @@ TEST(ElementStore, FirstGrowGivesTableOfFourSlots) {
 TEST(ElementStore, GrowthAcrossTheSegmentBorderKeepsRecords) {
     ElementStore store;
     store.Grow(65000);
-    for (int32_t i = 0; i < 65000; ++i) store.At(i).start = i * 3;
+    for (int32_t i = 0; i < 65000; ++i)
+        store.At(i).start = i * 3;
     store.Grow(65000 + 65000 / 2);
     store.Grow(200000);
-    for (int32_t i = 65000; i < store.Size(); ++i) store.At(i).start = i * 3;
-    for (int32_t i = 0; i < store.Size(); ++i) ASSERT_EQ(store.At(i).start, i * 3) << i;
+    for (int32_t i = 65000; i < store.Size(); ++i)
+        store.At(i).start = i * 3;
+    for (int32_t i = 0; i < store.Size(); ++i)
+        ASSERT_EQ(store.At(i).start, i * 3) << i;
 }
 
 TEST(ElementStore, ParseSizesTheStoreAndTakeRecordGrowsByHalf) {
@@ -85,7 +90,8 @@ TEST(ElementStore, ParseSizesTheStoreAndTakeRecordGrowsByHalf) {
 
 TEST(ElementStore, DocumentAcrossTheSegmentBorder) {
     std::u16string text = u"<r>";
-    for (int i = 0; i < 70000; ++i) text += u"<e/>";
+    for (int i = 0; i < 70000; ++i)
+        text += u"<e/>";
     text += u"</r>";
     XmlEngine engine;
     EXPECT_TRUE(engine.SetDocText(text.c_str()));

@@ -96,15 +96,17 @@ TEST(Navigation, RepeatedSearchVisitsAllInOrderThenStops) {
     e.FindElem(nullptr);
     e.IntoElem();
     WideString seen;
-    while (e.FindElem(u"a")) seen += e.AttribValue(e.m_mainIndex, u"n");
+    while (e.FindElem(u"a"))
+        seen += e.AttribValue(e.m_mainIndex, u"n");
     EXPECT_EQ(seen, u"123");
     EXPECT_EQ(e.AttribValue(e.m_mainIndex, u"n"), u"3"); // stays on the last one
     EXPECT_EQ(e.FindElem(nullptr), 0);
 }
 
 TEST(Navigation, InvalidPathsFailWithoutMoving) {
-    const char16_t* paths[] = {u"a b", u"a=b", u"a]", u"a[1", u"a[1a]", u"a[1]b", u"a[1][2]",
-                               u"a/", u"a/@x/y", u"//a/b", u"//a/@x", u"/", u"//"};
+    const char16_t* paths[] = {u"a b",    u"a=b",     u"a]", u"a[1",    u"a[1a]",
+                               u"a[1]b",  u"a[1][2]", u"a/", u"a/@x/y", u"//a/b",
+                               u"//a/@x", u"/",       u"//"};
     for (const char16_t* path : paths) {
         SCOPED_TRACE(Show(path));
         CVTXmlParser doc;

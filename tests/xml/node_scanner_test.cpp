@@ -35,7 +35,7 @@ namespace {
 
 struct NodeCase {
     const char16_t* text;
-    int32_t start;        // where the scan begins
+    int32_t start; // where the scan begins
     int32_t type;
     int32_t length;
     bool emptyTag;
@@ -110,7 +110,9 @@ TEST(NodeScanner, FirstNodeOfEachText) {
         {u"<?a?>", 0, NodeProcessing, 5, false, u"a?", u""},
         {u"<?a b=\"?>\"?>", 0, NodeProcessing, 9, false, u"a", u""},
         {u"<?a > ?>", 0, NodeProcessing, 8, false, u"a", u""},
-        {u"<?" u"?>", 0, NodeProcessing, 4, false, u"?", u""}, // split: no trigraph
+        {u"<?"
+         u"?>",
+         0, NodeProcessing, 4, false, u"?", u""}, // split: no trigraph
         {u"x<?>", 1, NodeProcessing, 3, false, u"", u""},
         // Document type declarations.
         {u"<!Dx>", 0, NodeDocType, 5, false, nullptr, u""},
@@ -282,13 +284,22 @@ TEST(NodeScanner, TextsCutIntoNodesEndInScanEnd) {
         {u"<a b=x>y>", {{NodeElement, 7, false, u"a"}, {NodeText, 2}}},
         {u"<a \"x>y\">", {{NodeElement, 6, false, u"a"}, {NodeText, 3}}},
         {u"  <a>x</a>\r\n",
-         {{NodeWhitespace, 2}, {NodeElement, 3, false, u"a"}, {NodeText, 1},
-          {ScanEndTag, 4, false, u"a"}, {NodeWhitespace, 2}}},
+         {{NodeWhitespace, 2},
+          {NodeElement, 3, false, u"a"},
+          {NodeText, 1},
+          {ScanEndTag, 4, false, u"a"},
+          {NodeWhitespace, 2}}},
         {u"<?xml version=\"1.0\"?>\r\n<!DOCTYPE r [<!ENTITY e \"v\">]>\r\n<r><!-- c -->"
          u"<![CDATA[<x>]]><e a='1'/>t &amp; u</r>",
-         {{NodeProcessing, 21, false, u"xml"}, {NodeWhitespace, 2}, {NodeDocType, 30},
-          {NodeWhitespace, 2}, {NodeElement, 3, false, u"r"}, {NodeComment, 10},
-          {NodeCData, 15}, {NodeElement, 10, true, u"e"}, {NodeText, 9},
+         {{NodeProcessing, 21, false, u"xml"},
+          {NodeWhitespace, 2},
+          {NodeDocType, 30},
+          {NodeWhitespace, 2},
+          {NodeElement, 3, false, u"r"},
+          {NodeComment, 10},
+          {NodeCData, 15},
+          {NodeElement, 10, true, u"e"},
+          {NodeText, 9},
           {ScanEndTag, 4, false, u"r"}}},
         {u"<<a>", {{ScanError, 4}}},
         {u"<a <b>", {{NodeElement, 6, false, u"a"}}},
@@ -347,10 +358,18 @@ TEST(NodeScanner, ReportIsOnlyAppendedTo) {
 // 3. The scanning rules, literally, one character at a time
 
 // The character sets, written out anew rather than taken from the table.
-bool RefSpace(wchar c) { return c == 9 || c == 10 || c == 13 || c == 32; }
-bool RefNameEnd(wchar c) { return RefSpace(c) || c == u'/' || c == u'>'; }
-bool RefBeforeSlash(wchar c) { return RefSpace(c) || c == u'"' || c == u'\''; }
-bool RefDeclStart(wchar c) { return c == u'A' || c == u'E' || c == u'N'; }
+bool RefSpace(wchar c) {
+    return c == 9 || c == 10 || c == 13 || c == 32;
+}
+bool RefNameEnd(wchar c) {
+    return RefSpace(c) || c == u'/' || c == u'>';
+}
+bool RefBeforeSlash(wchar c) {
+    return RefSpace(c) || c == u'"' || c == u'\'';
+}
+bool RefDeclStart(wchar c) {
+    return c == u'A' || c == u'E' || c == u'N';
+}
 bool RefBeginsName(wchar c) {
     if (c < 0x3A) return false;
     for (wchar x : u";<=>?@[\\]^`")
@@ -359,8 +378,16 @@ bool RefBeginsName(wchar c) {
 }
 
 enum : uint32_t {
-    AfterLess = 0x1, AfterBang = 0x2, AfterDash = 0x4, AfterBracket = 0x8, InSpace = 0x10,
-    InDocType = 0x20, InSingle = 0x40, InDouble = 0x80, AfterEquals = 0x100, InBare = 0x200,
+    AfterLess = 0x1,
+    AfterBang = 0x2,
+    AfterDash = 0x4,
+    AfterBracket = 0x8,
+    InSpace = 0x10,
+    InDocType = 0x20,
+    InSingle = 0x40,
+    InDouble = 0x80,
+    AfterEquals = 0x100,
+    InBare = 0x200,
 };
 
 int32_t ModelScanNode(TokenCursor& cursor, NodeToken& node) {
@@ -394,12 +421,18 @@ int32_t ModelScanNode(TokenCursor& cursor, NodeToken& node) {
             }
             if (type == 2 || type == 4) return finish(type);
             const wchar* word = u"tag";
-            if ((state & InDocType) || type == 64) word = u"document_type";
-            else if (type == 1) word = u"start_tag";
-            else if (type == 0) word = u"end_tag";
-            else if (type == 8) word = u"cdata_section";
-            else if (type == 16) word = u"processing_instruction";
-            else if (type == 32) word = u"comment";
+            if ((state & InDocType) || type == 64)
+                word = u"document_type";
+            else if (type == 1)
+                word = u"start_tag";
+            else if (type == 0)
+                word = u"end_tag";
+            else if (type == 8)
+                word = u"cdata_section";
+            else if (type == 16)
+                word = u"processing_instruction";
+            else if (type == 32)
+                word = u"comment";
             vetra::text::LogResult(node.report, u"unterminated_tag_syntax", word,
                                    vetra::text::LogType, node.start, -1);
             return finish(-1);
@@ -455,8 +488,10 @@ int32_t ModelScanNode(TokenCursor& cursor, NodeToken& node) {
                 prev2 = prev;
                 prev = c;
             } else if (type == 64) {
-                if (c == u'"' && !(state & InSingle)) state ^= InDouble;
-                else if (c == u'\'' && !(state & InDouble)) state ^= InSingle;
+                if (c == u'"' && !(state & InSingle))
+                    state ^= InDouble;
+                else if (c == u'\'' && !(state & InDouble))
+                    state ^= InSingle;
             }
             continue;
         }
@@ -499,8 +534,10 @@ int32_t ModelScanNode(TokenCursor& cursor, NodeToken& node) {
             if (c == u'-') {
                 state |= AfterDash;
             } else if (state & InDocType) {
-                if (RefDeclStart(c)) type = 64, terminator = u">";
-                else fault(u"doctype_tag_syntax");
+                if (RefDeclStart(c))
+                    type = 64, terminator = u">";
+                else
+                    fault(u"doctype_tag_syntax");
             } else if (c == u'[') {
                 state |= AfterBracket;
             } else if (c == u'D') {
@@ -510,12 +547,16 @@ int32_t ModelScanNode(TokenCursor& cursor, NodeToken& node) {
             }
         } else if (state & AfterDash) {
             state &= ~AfterDash;
-            if (c == u'-') type = 32, terminator = u"-->";
-            else fault(u"comment_tag_syntax");
+            if (c == u'-')
+                type = 32, terminator = u"-->";
+            else
+                fault(u"comment_tag_syntax");
         } else if (state & AfterBracket) {
             state &= ~AfterBracket;
-            if (c == u'C') type = 8, terminator = u"]]>";
-            else fault(u"cdata_section_syntax");
+            if (c == u'C')
+                type = 8, terminator = u"]]>";
+            else
+                fault(u"cdata_section_syntax");
         } else if (state & InDocType) {
             if (c == u'<') {
                 state |= AfterLess;
@@ -564,11 +605,13 @@ void CompareAll(const std::u16string& alphabet, size_t maxLength) {
         digits.assign(length, 0);
         for (;;) {
             text.resize(length);
-            for (size_t k = 0; k < length; ++k) text[k] = alphabet[digits[k]];
+            for (size_t k = 0; k < length; ++k)
+                text[k] = alphabet[digits[k]];
             Compare(text, 0);
             if (::testing::Test::HasFatalFailure()) return;
             size_t k = 0;
-            while (k < length && ++digits[k] == alphabet.size()) digits[k++] = 0;
+            while (k < length && ++digits[k] == alphabet.size())
+                digits[k++] = 0;
             if (k == length) break;
         }
     }
@@ -584,19 +627,31 @@ TEST(NodeScannerModel, EveryShortTextOverOpenerCharacters) {
 
 TEST(NodeScannerModel, RandomTextsOfTagPieces) {
     const std::u16string pieces[] = {
-        u"<", u">", u"/", u"/>", u"</", u"!", u"-", u"--", u"-->", u"<!--", u"[", u"]]>",
-        u"<![CDATA[", u"<![", u"C", u"D", u"<!DOCTYPE ", u"<!D", u"<!ENTITY ", u"<!A", u"<!N",
-        u"<?", u"?>", u"?", u"=", u"==", u"\"", u"'", u"=\"", u"='", u" ", u"\t", u"\r\n",
-        u"a", u"xy", u"b=c", u"1", u"@", u"\u00E9", u"\u3000", u"<a", u"<a b=\"c\">",
-        u"<a b=c/>", u"</a>", u"text ", u"<a b==>", u"<a b=>", u"<!x", u"<!x=", u"]>",
-        u"<!DOCTYPE a [",
+        u"<",         u">",          u"/",
+        u"/>",        u"</",         u"!",
+        u"-",         u"--",         u"-->",
+        u"<!--",      u"[",          u"]]>",
+        u"<![CDATA[", u"<![",        u"C",
+        u"D",         u"<!DOCTYPE ", u"<!D",
+        u"<!ENTITY ", u"<!A",        u"<!N",
+        u"<?",        u"?>",         u"?",
+        u"=",         u"==",         u"\"",
+        u"'",         u"=\"",        u"='",
+        u" ",         u"\t",         u"\r\n",
+        u"a",         u"xy",         u"b=c",
+        u"1",         u"@",          u"\u00E9",
+        u"\u3000",    u"<a",         u"<a b=\"c\">",
+        u"<a b=c/>",  u"</a>",       u"text ",
+        u"<a b==>",   u"<a b=>",     u"<!x",
+        u"<!x=",      u"]>",         u"<!DOCTYPE a [",
     };
     std::mt19937 rng(20240611);
     std::uniform_int_distribution<size_t> pick(0, std::size(pieces) - 1);
     std::uniform_int_distribution<int> count(0, 24);
     for (int round = 0; round < 30000; ++round) {
         std::u16string text;
-        for (int n = count(rng); n > 0; --n) text += pieces[pick(rng)];
+        for (int n = count(rng); n > 0; --n)
+            text += pieces[pick(rng)];
         Compare(text, 0);
         // From any offset: the caller may start where it likes.
         if (!text.empty()) Compare(text, int32_t(rng() % text.size()));
@@ -615,10 +670,39 @@ TEST(NodeScanner, NeverReadsPastTheNul) {
     ASSERT_EQ(mprotect(static_cast<char*>(map) + page, page, PROT_NONE), 0);
     wchar* pageEnd = reinterpret_cast<wchar*>(static_cast<char*>(map) + page);
     const char16_t* texts[] = {
-        u"", u"<", u"<a", u"<a ", u"<a b", u"<a b=", u"<a b=c", u"<a b=\"", u"<a b='x",
-        u"</", u"</a", u"<!", u"<!-", u"<!--", u"<!-- x -", u"<![", u"<![C", u"<![CDATA[x]]",
-        u"<?", u"<?a", u"<?a ?", u"<!D", u"<!DOCTYPE a [<!ENTITY \"", u"<!DOCTYPE a [<",
-        u"<1", u"<1 \"", u"x", u"x>", u" ", u"\t\r\n", u" x", u"<a/", u"<a b=c/",
+        u"",
+        u"<",
+        u"<a",
+        u"<a ",
+        u"<a b",
+        u"<a b=",
+        u"<a b=c",
+        u"<a b=\"",
+        u"<a b='x",
+        u"</",
+        u"</a",
+        u"<!",
+        u"<!-",
+        u"<!--",
+        u"<!-- x -",
+        u"<![",
+        u"<![C",
+        u"<![CDATA[x]]",
+        u"<?",
+        u"<?a",
+        u"<?a ?",
+        u"<!D",
+        u"<!DOCTYPE a [<!ENTITY \"",
+        u"<!DOCTYPE a [<",
+        u"<1",
+        u"<1 \"",
+        u"x",
+        u"x>",
+        u" ",
+        u"\t\r\n",
+        u" x",
+        u"<a/",
+        u"<a b=c/",
     };
     for (const char16_t* t : texts) {
         size_t n = std::char_traits<char16_t>::length(t);
@@ -628,7 +712,8 @@ TEST(NodeScanner, NeverReadsPastTheNul) {
             TokenCursor cursor(copy, 0, from);
             NodeToken node;
             int32_t calls = 0;
-            while (ScanNode(cursor, node) != ScanEnd) ASSERT_LE(++calls, int32_t(n)) << Show(t);
+            while (ScanNode(cursor, node) != ScanEnd)
+                ASSERT_LE(++calls, int32_t(n)) << Show(t);
             EXPECT_EQ(cursor.next, int32_t(n));
         }
     }

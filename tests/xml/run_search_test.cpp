@@ -17,7 +17,8 @@ TEST(RunSearch, FindsTheFirstStopAtEveryPlaceAndAlignment) {
             for (int stop = 0; stop <= length; ++stop) {
                 std::unique_ptr<wchar[]> block(new wchar[size_t(shift + length + 1)]);
                 wchar* text = block.get() + shift;
-                for (int k = 0; k < length; ++k) text[k] = wchar(0x4E00 + k); // no stops
+                for (int k = 0; k < length; ++k)
+                    text[k] = wchar(0x4E00 + k); // no stops
                 text[length] = 0;
                 if (stop < length) text[stop] = u"<>\""[stop % 3];
                 int32_t from = stop > 3 ? 2 : 0;

@@ -8,7 +8,9 @@
 
 namespace {
 
-std::u16string S(const vtchar* p) { return std::u16string(p); }
+std::u16string S(const vtchar* p) {
+    return std::u16string(p);
+}
 
 TEST(XmlParser, NewObjectIsAnEmptyDocument) {
     CVTXmlParser doc;
@@ -70,7 +72,7 @@ TEST(XmlParser, MovesTransferTheDocument) {
     a.SetDoc(u"<moved/>");
     const vtchar* text = a.GetDoc();
     CVTXmlParser b(std::move(a));
-    EXPECT_EQ(b.GetDoc(), text); // no copy of the text
+    EXPECT_EQ(b.GetDoc(), text);   // no copy of the text
     EXPECT_EQ(S(a.GetDoc()), u""); // the source is an empty document
     EXPECT_EQ(a.SetDoc(u"<again/>"), 1);
 
