@@ -44,14 +44,7 @@ constexpr uint8_t ClassOf(int c) {
     }
 }
 
-struct Table {
-    uint8_t v[128];
-    constexpr Table() : v() {
-        for (int c = 0; c < 128; ++c)
-            v[c] = ClassOf(c);
-    }
-};
-constexpr Table kTable;
+constexpr AsciiTable<ClassOf> kTable;
 
 } // namespace
 

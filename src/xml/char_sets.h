@@ -26,6 +26,15 @@ enum CharSet : uint8_t {
 
 extern const uint8_t kCharClass[128];
 
+/// A 128-entry table of `Classify(c)` for every ASCII c, built at compile time.
+template <uint8_t (*Classify)(int)> struct AsciiTable {
+    uint8_t v[128];
+    constexpr AsciiTable() : v() {
+        for (int c = 0; c < 128; ++c)
+            v[c] = Classify(c);
+    }
+};
+
 /// Is `c` a member of `set` (one CharSet bit)?
 inline bool InSet(wchar c, uint8_t set) {
     return c < 128 && (kCharClass[c] & set) != 0;

@@ -91,14 +91,7 @@ constexpr uint8_t RunEndsOf(int c) {
     }
 }
 
-struct RunEndTable {
-    uint8_t v[128];
-    constexpr RunEndTable() : v() {
-        for (int c = 0; c < 128; ++c)
-            v[c] = RunEndsOf(c);
-    }
-};
-constexpr RunEndTable kRunEnds;
+constexpr AsciiTable<RunEndsOf> kRunEnds;
 
 // The first offset from i that ends the run.
 inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
