@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <sstream>
 
 #include "support/doc_script.h"
 #include "support/record_check.h"
@@ -242,6 +243,67 @@ TEST(ElementEdit, TagsTooLongForTheirFieldsAreRefused) {
     EXPECT_EQ(doc.AddElem(name1020.c_str(), u"x"), 1); // 1,023 fits
     XmlEngine check(doc.GetDoc());
     EXPECT_EQ(CheckRecords(check), "");
+}
+
+} // namespace
+
+namespace {
+
+// The names at the three levels of the position, "-" for none.
+std::string Triple(const XmlEngine& e) {
+    auto name = [&](int32_t i) {
+        if (i == 0) return std::string("-");
+        WideString n = e.ElementName(i);
+        return std::string(n.begin(), n.end());
+    };
+    return name(e.m_parentIndex) + "," + name(e.m_mainIndex) + "," + name(e.m_childIndex);
+}
+
+TEST(ElementEdit, PositionAfterEachOperation) {
+    const struct {
+        const char* place; // in <r><a/><b><c/><d/></b></r>: m = FindElem, c = FindChildElem, in
+        std::function<bool(XmlEngine&)> edit; // true when it gave the expected result
+        const char* triple;                   // parent, main, child afterwards
+    } cases[] = {
+        {"m r in m a", [](XmlEngine& e) { return e.AddElement(u"n", nullptr, 0); }, "r,n,-"},
+        {"m r in m b", [](XmlEngine& e) { return e.AddElement(u"n", nullptr, EditInsertBefore); },
+         "r,n,-"},
+        {"m r c a", [](XmlEngine& e) { return e.AddElement(u"n", u"v", EditChild); }, "-,r,n"},
+        {"m r in m a", [](XmlEngine& e) { return !e.AddSubDocument(u"<n/><o/>", 0); }, "r,n,-"},
+        {"m r in m b", [](XmlEngine& e) { return e.AddSubDocument(u"<n/>", EditInsertBefore); },
+         "r,n,-"},
+        {"m r c b", [](XmlEngine& e) { return e.AddSubDocument(u"<n/>", EditChild); }, "-,r,n"},
+        {"m r in m a", [](XmlEngine& e) { return !e.AddSubDocument(u"text", 0); }, "r,-,-"},
+        {"m r in m b", [](XmlEngine& e) { return e.RemoveElem() == 1; }, "r,a,-"},
+        {"m r in m a", [](XmlEngine& e) { return e.RemoveElem() == 1; }, "r,-,-"},
+        {"m r in m b c d", [](XmlEngine& e) { return e.RemoveChildElem() == 1; }, "r,b,c"},
+        {"m r in m b c c", [](XmlEngine& e) { return e.RemoveChildElem() == 1; }, "r,b,-"},
+        {"m r c b", [](XmlEngine& e) { return e.WriteAttrib(e.m_childIndex, u"k", u"v", 0); },
+         "-,r,b"},
+        {"m r in m a", [](XmlEngine& e) { return e.WriteData(e.m_mainIndex, u"x", 0); }, "r,a,-"},
+        // Refusals leave the position as it was.
+        {"m r in", [](XmlEngine& e) { return !e.AddElement(u"n", nullptr, EditChild); }, "r,-,-"},
+        {"m r", [](XmlEngine& e) { return !e.WriteData(e.m_mainIndex, u"x", 0); }, "-,r,-"},
+        {"m r in", [](XmlEngine& e) { return e.RemoveElem() == 0; }, "r,-,-"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.place);
+        XmlEngine e(u"<r><a/><b><c/><d/></b></r>");
+        std::istringstream words(c.place);
+        std::string word, name;
+        while (words >> word) {
+            if (word == "in") {
+                ASSERT_EQ(e.IntoElem(), 1);
+                continue;
+            }
+            words >> name;
+            std::u16string wide(name.begin(), name.end());
+            ASSERT_EQ(word == "m" ? e.FindElem(wide.c_str()) : e.FindChildElem(wide.c_str()), 1);
+        }
+        EXPECT_TRUE(c.edit(e));
+        EXPECT_EQ(Triple(e), c.triple);
+        EXPECT_EQ(CheckRecords(e), "");
+    }
 }
 
 } // namespace
