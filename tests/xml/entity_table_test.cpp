@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "vetra/xml_parser.h"
 #include "xml/text_escape.h"
 
 using namespace vetra::xml;
@@ -50,6 +51,35 @@ TEST(EntityTable, HoldsExactlyTheListedRows) {
     EXPECT_EQ(rows, listed);
     EXPECT_EQ(WideString(EntityTable[0]), u"60216oslash60217ugrave60248oslash60249ugrave");
     EXPECT_EQ(WideString(EntityTable[58]), u"30038amp30174reg");
+    int nonEmpty = 0, most = 0;
+    for (int32_t b = 0; b < kEntityBuckets; ++b) {
+        int n = 0;
+        for (const wchar* p = EntityTable[b]; *p; p += 5 + (p[0] - '0'))
+            ++n;
+        nonEmpty += n > 0;
+        most = std::max(most, n);
+    }
+    EXPECT_EQ(nonEmpty, 93);
+    EXPECT_EQ(most, 6);
+}
+
+// The same through the exported class: every entity as an element's data
+// and as an attribute value of one document.
+TEST(EntityTable, EveryNameDecodesThroughTheDocument) {
+    WideString text = u"<r>";
+    for (const Entity& e : kEntities)
+        text += u"<e v=\"&" + WideString(e.name) + u";\">&" + WideString(e.name) + u";</e>";
+    text += u"</r>";
+    CVTXmlParser doc;
+    ASSERT_EQ(doc.SetDoc(text.c_str()), 1);
+    doc.FindElem();
+    doc.IntoElem();
+    for (const Entity& e : kEntities) {
+        ASSERT_EQ(doc.FindElem(u"e"), 1);
+        const WideString expect(1, wchar(e.code));
+        EXPECT_EQ(WideString(doc.GetData()), expect) << testing::PrintToString(WideString(e.name));
+        EXPECT_EQ(WideString(doc.GetAttrib(u"v")), expect);
+    }
 }
 
 TEST(EntityTable, EveryNameDecodesInEachCase) {
