@@ -13,9 +13,22 @@ std::u16string S(const vtchar* p) {
 }
 
 TEST(XmlParser, NewObjectIsAnEmptyDocument) {
-    CVTXmlParser doc;
-    EXPECT_EQ(S(doc.GetDoc()), u"");
-    EXPECT_EQ(S(doc.GetResultLog()), u"");
+    // A new object, and one whose document was set to null or to the empty
+    // text, behave alike.
+    for (int how = 0; how < 3; ++how) {
+        CVTXmlParser doc;
+        if (how > 0) {
+            doc.SetDoc(u"<a><b/></a>");
+            EXPECT_EQ(doc.SetDoc(how == 1 ? nullptr : u""), 0);
+        }
+        EXPECT_EQ(S(doc.GetDoc()), u"");
+        EXPECT_EQ(doc.FindElem(), 0);
+        EXPECT_EQ(doc.FindElem(u"a"), 0);
+        EXPECT_EQ(S(doc.GetTagName()), u"");
+        EXPECT_EQ(doc.IntoElem(), 0);
+        EXPECT_EQ(doc.OutOfElem(), 0);
+        EXPECT_EQ(S(doc.GetResultLog()), u"");
+    }
 }
 
 TEST(XmlParser, SetDocResults) {
