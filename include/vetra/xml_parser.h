@@ -1,9 +1,9 @@
 // xml_parser.h - CVTXmlParser, the XML document class.
 //
 // A document is one UTF-16 text plus a flat array of element records; there
-// are no node objects. Set or load a text, move a position over the
-// elements, read names, attributes and data, edit, save. A text that isn't
-// well-formed is repaired into a tree, never refused.
+// are no node objects. Set a text, move a position over the elements, read
+// names, attributes and data, and edit; the text is the document. A text
+// that isn't well-formed is repaired into a tree, never refused.
 //
 // Threads: one object is used by one thread at a time; different objects
 // are independent.
@@ -51,8 +51,8 @@ class VETRA_API CVTXmlParser {
     /// Returns 1 if the text is well-formed with exactly one root element;
     /// otherwise 0, and the repaired tree can still be read and edited.
     int SetDoc(const vtchar* text);
-    /// The document text itself, valid until the text changes (an edit,
-    /// SetDoc, Load). Never null.
+    /// The document text itself, valid until the text changes (an edit or
+    /// SetDoc). Never null.
     const vtchar* GetDoc() const;
 
     // --- Navigation ---------------------------------------------------------
