@@ -21,16 +21,30 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     if (m_complete) return false;
     TokenCursor cursor = base;
     int32_t index = int32_t(m_names.size());
-    cursor.next = index == 0 ? m_tagNext : m_names.back().next;
+    cursor.next = index == 0 ? m_tagNext : m_names.back().resume;
     if (!ScanAttribFrom(cursor, nullptr, index, index == 0 ? -1 : index, 0)) {
         m_complete = true;
         return false;
     }
+    Entry e;
     // Where the scan stood before the whitespace in front of the name.
-    int32_t origin = cursor.tokenStart;
-    while (InSet(cursor.text[origin - 1], WhitespaceChars))
-        --origin;
-    m_names.push_back({origin, cursor.tokenStart, cursor.tokenEnd, cursor.next});
+    e.origin = cursor.tokenStart;
+    while (InSet(cursor.text[e.origin - 1], WhitespaceChars))
+        --e.origin;
+    e.start = cursor.tokenStart;
+    e.end = cursor.tokenEnd;
+    e.next = cursor.next;
+    // Go on as a search that matched this name would: the value is read
+    // once, and the next name's scan starts behind it.
+    cursor.matchOrigin = e.origin;
+    cursor.matchGap = e.start - e.origin;
+    ScanAttribFrom(cursor, nullptr, 0, index + 1, e.end);
+    e.valueStart = cursor.tokenStart;
+    e.valueEnd = cursor.tokenEnd;
+    e.valueNext = cursor.next;
+    e.valueQuoted = cursor.flags & CursorQuoted;
+    e.resume = cursor.tokenStart == e.start ? e.next : cursor.next; // no value: behind the name
+    m_names.push_back(e);
     return true;
 }
 
@@ -54,10 +68,13 @@ bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor&
         out.tokenStart = e.start;
         out.tokenEnd = e.end;
         if (!TokenEquals(out, name)) continue;
-        out.next = e.next;
+        out.tokenStart = e.valueStart;
+        out.tokenEnd = e.valueEnd;
+        out.next = e.valueNext;
+        out.flags = (base.flags & ~CursorQuoted) | e.valueQuoted;
         out.matchOrigin = e.origin;
         out.matchGap = e.start - e.origin;
-        return ScanAttribFrom(out, name, 0, int32_t(k) + 1, e.end);
+        return true;
     }
 }
 

@@ -27,8 +27,13 @@ class AttribIndex {
     bool Value(const TokenCursor& base, const wchar* name, TokenCursor& out);
 
   private:
+    // A name as ScanAttrib leaves it, and what a search by that name then
+    // finds behind it: its value, or the name itself if it has none.
     struct Entry {
-        int32_t origin, start, end, next; // as ScanAttrib leaves them at the name
+        int32_t origin, start, end, next; // the name
+        int32_t valueStart, valueEnd, valueNext;
+        uint32_t valueQuoted; // CursorQuoted or 0
+        int32_t resume;       // where the next name's scan starts
     };
     bool ScanOn(const TokenCursor& base); // appends the next name; false at the end
 
