@@ -11,14 +11,10 @@ namespace vetra::xml {
 
 bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value, uint32_t flags) {
     if (m_docFlags & DocReadStream) return false;
+    int32_t start = TagScanStart(index);
+    if (start < 0) return false;
     bool onElement = index != 0 && m_nodeType == NodeElement;
-    TokenCursor cursor(m_docText.c_str(), m_docFlags);
-    if (onElement)
-        cursor.next = Rec(index).start + 1;
-    else if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
-        cursor.next = m_nodeOffset + 2;
-    else
-        return false;
+    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
 
     // The replacement is built in one string: its head, the encoded value
     // appended in place, and the closing quote.

@@ -66,6 +66,12 @@ struct ElementWalk {
         : engine(e), cursor(c), startRecord(start), current(start),
           baseLevel(e.Rec(start).Level()) {}
 
+    // A fault or a lone end tag: the text is ill-formed, with the fault
+    // inside the innermost open element.
+    void MarkFault() {
+        engine.Rec(startRecord).Set(ElemIllFormed);
+        engine.Rec(current).Set(ElemFaultInside);
+    }
     void OpenElement();
     void CloseElement();
     void CloseUnended(int32_t downTo, bool textEnded);
@@ -120,8 +126,7 @@ void ElementWalk::CloseElement() {
         if (entry.length == nameLength || InSet(entry.name[nameLength], PathEndChars)) break;
     }
     if (m == 0) {
-        engine.Rec(startRecord).Set(ElemIllFormed);
-        engine.Rec(current).Set(ElemFaultInside);
+        MarkFault();
         WideString tagName(name, size_t(nameLength));
         LogResult(engine.m_resultLog, u"lone_end_tag", tagName.c_str(), 0, token.start, -1);
         return;
@@ -191,8 +196,7 @@ int32_t XmlEngine::ParseElements(int32_t startRecord, TokenCursor& cursor) {
             walk.CloseElement();
             break;
         case ScanError:
-            Rec(startRecord).Set(ElemIllFormed);
-            Rec(walk.current).Set(ElemFaultInside);
+            walk.MarkFault();
             // Each fault reaches the log once: the report is emptied after
             // it has been handed over.
             m_resultLog += walk.token.report;

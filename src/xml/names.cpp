@@ -57,13 +57,9 @@ void XmlEngine::NodeName(WideString& out) const {
 
 void XmlEngine::AttribName(int32_t attribIndex, WideString& out) const {
     out.clear();
-    TokenCursor cursor(m_docText.c_str(), m_docFlags);
-    if (m_mainIndex != 0 && m_nodeType == NodeElement)
-        cursor.next = Rec(m_mainIndex).start + 1;
-    else if (m_nodeLength != 0 && m_nodeType == NodeProcessing)
-        cursor.next = m_nodeOffset + 2;
-    else
-        return;
+    int32_t start = TagScanStart(m_mainIndex);
+    if (start < 0) return;
+    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
     // Names are read one index after another: the index keeps the scan's
     // place instead of starting again from the tag.
     m_attribIndex.Select(m_textGeneration, cursor.next);

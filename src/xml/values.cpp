@@ -78,16 +78,18 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
     }
 }
 
+int32_t XmlEngine::TagScanStart(int32_t index) const {
+    if (index != 0 && m_nodeType == NodeElement) return Rec(index).start + 1;
+    if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
+        return m_nodeOffset + 2;
+    return -1;
+}
+
 void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) const {
     out.clear();
-    TokenCursor cursor(m_docText.c_str(), m_docFlags);
-    if (index != 0 && m_nodeType == NodeElement)
-        cursor.next = Rec(index).start + 1;
-    else if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
-        cursor.next = m_nodeOffset + 2;
-    else
-        return;
-    if (name == nullptr) return;
+    int32_t start = TagScanStart(index);
+    if (start < 0 || name == nullptr) return;
+    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
     m_attribIndex.Select(m_textGeneration, cursor.next);
     TokenCursor value;
     if (!m_attribIndex.Value(cursor, name, value)) return;

@@ -128,6 +128,10 @@ class XmlEngine {
     /// the whitespace that follows it if a tag or the end of the text comes
     /// next, else at the element's own end.
     int32_t ElementTextEnd(int32_t index) const;
+    /// Where a scan of the attributes at `index` starts: behind the '<' of
+    /// an element's start tag, or behind the "<?" of a current processing
+    /// instruction at the main position; -1 if there is neither.
+    int32_t TagScanStart(int32_t index) const;
 
     // --- Element editing (element_edit.cpp, element_splice.cpp, offsets.cpp)
     bool AddElement(const wchar* name, const wchar* value, uint32_t flags);

@@ -5,22 +5,13 @@
 #include <functional>
 
 #include "support/doc_script.h"
+#include "support/record_check.h"
 #include "xml/xml_engine.h"
 
 using namespace vetra::xml;
 using namespace vetra::test;
 
 namespace {
-
-// The names at the three levels, "-" for none.
-std::string Triple(const XmlEngine& e) {
-    auto name = [&](int32_t i) {
-        if (i == 0) return std::string("-");
-        WideString n = e.ElementName(i);
-        return std::string(n.begin(), n.end());
-    };
-    return name(e.m_parentIndex) + "," + name(e.m_mainIndex) + "," + name(e.m_childIndex);
-}
 
 TEST(Navigation, WalkRowByRow) {
     XmlEngine e(u"<r><a><x/></a><b/></r>");
