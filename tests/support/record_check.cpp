@@ -150,6 +150,15 @@ std::string CheckRecords(const XmlEngine& engine, CheckOptions options) {
     return Checker(engine, options).Run();
 }
 
+std::string Triple(const XmlEngine& e) {
+    auto name = [&](int32_t i) {
+        if (i == 0) return std::string("-");
+        WideString n = e.ElementName(i);
+        return std::string(n.begin(), n.end());
+    };
+    return name(e.m_parentIndex) + "," + name(e.m_mainIndex) + "," + name(e.m_childIndex);
+}
+
 std::vector<RecordView> DocumentOrder(const XmlEngine& engine) {
     std::vector<RecordView> out;
     std::vector<std::pair<int32_t, int32_t>> stack; // (record, depth), pre-order

@@ -23,6 +23,10 @@ struct CheckOptions {
 /// Empty if the records of `engine` are consistent, else what is wrong.
 std::string CheckRecords(const xml::XmlEngine& engine, CheckOptions options = {});
 
+/// The tag names at the position's three levels, "parent,main,child", with
+/// "-" for none.
+std::string Triple(const xml::XmlEngine& engine);
+
 /// One element in document order, for comparing two engines' trees.
 struct RecordView {
     int32_t start, length, startTagChars, endTagChars, level;

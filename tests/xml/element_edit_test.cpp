@@ -249,16 +249,6 @@ TEST(ElementEdit, TagsTooLongForTheirFieldsAreRefused) {
 
 namespace {
 
-// The names at the three levels of the position, "-" for none.
-std::string Triple(const XmlEngine& e) {
-    auto name = [&](int32_t i) {
-        if (i == 0) return std::string("-");
-        WideString n = e.ElementName(i);
-        return std::string(n.begin(), n.end());
-    };
-    return name(e.m_parentIndex) + "," + name(e.m_mainIndex) + "," + name(e.m_childIndex);
-}
-
 TEST(ElementEdit, PositionAfterEachOperation) {
     const struct {
         const char* place; // in <r><a/><b><c/><d/></b></r>: m = FindElem, c = FindChildElem, in
