@@ -37,54 +37,7 @@ TEST(CharSets, ExactlyTheListedMembers) {
     }
 }
 
-TEST(CharSets, SpotChecks) {
-    const struct {
-        wchar c;
-        uint8_t inSets; // the sets c belongs to
-    } cases[] = {
-        {u' ', WhitespaceChars | WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars |
-                   AttribValueEndChars | BeforeSlashChars},
-        {u'\t', WhitespaceChars | WordEndChars | NameEndChars | AttribNameEndChars |
-                    AttribValueEndChars | BeforeSlashChars},
-        {u'/', WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars},
-        {u'>', WordEndChars | NameEndChars | AttribNameEndChars | AttribValueEndChars},
-        {u'=', WordEndChars | PathEndChars | AttribNameEndChars},
-        {u'?', WordEndChars | AttribNameEndChars},
-        {u'"', WordEndChars | BeforeSlashChars},
-        {u'[', PathEndChars},
-        {u'E', DeclStartChars},
-        {u'e', 0},
-        {u'D', 0},
-        {u'\v', 0},
-        {u'\f', 0},
-        {u'\0', 0},
-        {u'-', 0},
-        // Non-ASCII is in no set: no-break space, line separator, ideographic
-        // space, fullwidth >, and values whose low byte is a member.
-        {u'\u00A0', 0},
-        {u'\u0085', 0},
-        {u'\u2028', 0},
-        {u'\u3000', 0},
-        {u'\uFF1E', 0},
-        {u'\u0120', 0},
-        {u'\u013E', 0},
-        {u'\uFF09', 0},
-        {u'\uFFFF', 0},
-    };
-    for (const auto& k : cases) {
-        for (const auto& s : kSets)
-            EXPECT_EQ(InSet(k.c, s.set), (k.inSets & s.set) != 0)
-                << s.name << " U+" << std::hex << int(k.c);
-    }
-}
-
 TEST(CharSets, WhatCanBeginAName) {
-    const std::u16string yes = u":_AZaz{|}~\u007F\u0080\u00E9\u0130\u4E00\uFF1E\uFFFF";
-    const std::u16string no = u"0123456789-.;<=>?@[\\]^` \t\r\n!\"#$%&'()*+,/";
-    for (char16_t c : yes)
-        EXPECT_TRUE(CanBeginName(c)) << std::hex << int(c);
-    for (char16_t c : no)
-        EXPECT_FALSE(CanBeginName(c)) << std::hex << int(c);
     // All of them: 0x3A and above, except ; < = > ? @ [ \ ] ^ and the backquote.
     const std::u16string excluded = u";<=>?@[\\]^`";
     for (int c = 0; c < 0x10000; ++c) {
@@ -125,19 +78,10 @@ TEST(CharSets, CompareNamesFoldsOnlyUntilAnIdenticalNonAscii) {
     }
 }
 
-TEST(CharSets, CompareNamesCountAndDifference) {
-    // Exactly `count` characters: 0 gives 0, what lies behind is not looked at.
+TEST(CharSets, CompareNamesLooksAtExactlyCountCharacters) {
     EXPECT_EQ(CompareNames(u"x", u"y", 0, false), 0);
-    EXPECT_EQ(CompareNames(u"x", u"y", 0, true), 0);
     EXPECT_EQ(CompareNames(u"abX", u"abY", 2, false), 0);
     EXPECT_EQ(CompareNames(u"abX", u"ABY", 2, true), 0);
-    // The difference of the first differing pair: raw, folded, or raw again
-    // behind an identical non-ASCII character.
-    EXPECT_EQ(CompareNames(u"a", u"b", 1, false), -1);
-    EXPECT_EQ(CompareNames(u"b", u"A", 1, false), 'b' - 'A');
-    EXPECT_EQ(CompareNames(u"a", u"B", 1, true), 'A' - 'B');
-    EXPECT_EQ(CompareNames(u"\u00E9a", u"\u00E9B", 2, true), 'a' - 'B');
-    EXPECT_EQ(CompareNames(u"\u00E9", u"\u00C9", 1, true), 0xE9 - 0xC9);
 }
 
 } // namespace
