@@ -40,18 +40,6 @@ TEST(ElementStore, GrowAddsAtMostOneSegmentPerCall) {
     }
 }
 
-TEST(ElementStore, FirstGrowGivesTableOfFourSlots) {
-    ElementStore store;
-    store.Grow(8);
-    EXPECT_EQ(store.TableCapacity(), 4);
-    for (int i = 0; i < 4; ++i)
-        store.Grow((i + 1) * 65536 + 1);
-    EXPECT_GE(store.TableCapacity(), store.SegmentCount());
-    store.Release();
-    EXPECT_EQ(store.Size(), 0);
-    EXPECT_EQ(store.TableCapacity(), 0);
-}
-
 TEST(ElementStore, GrowthAcrossTheSegmentBorderKeepsRecords) {
     ElementStore store;
     store.Grow(65000);

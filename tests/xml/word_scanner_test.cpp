@@ -143,34 +143,6 @@ TEST(ScanAttrib, FindsByNameAndIndex) {
     }
 }
 
-TEST(ScanAttrib, RecordsWhereTheMatchedNameStands) {
-    const struct {
-        const char16_t* text;
-        const char16_t* name;
-        int32_t origin;
-        int32_t gap;
-        bool valueless;
-    } cases[] = {
-        {u"<a b=\"1\">", u"b", 2, 1, false},
-        {u"<a  b>", u"b", 2, 2, true},
-        {u"<a x=\"1\"\r\n\tb='2'/>", u"b", 8, 3, false},
-        {u"<a x=1 b\tc>", u"b", 6, 1, true},
-        {u"<a b=\"1\" b=\"2\">", u"b", 2, 1, false},
-    };
-    for (const auto& tc : cases) {
-        SCOPED_TRACE(Narrow(tc.text));
-        ExactText exact(tc.text);
-        TokenCursor cursor(exact.data.get(), 0, 1);
-        cursor.matchOrigin = kUnset;
-        cursor.matchGap = kUnset;
-        ASSERT_TRUE(ScanAttrib(cursor, tc.name, 0));
-        EXPECT_EQ(cursor.matchOrigin, tc.origin);
-        EXPECT_EQ(cursor.matchGap, tc.gap);
-        // Attribute editing tells a valueless match by this equality.
-        EXPECT_EQ(cursor.tokenStart == cursor.matchOrigin + cursor.matchGap, tc.valueless);
-    }
-}
-
 TEST(TokenEquals, AcceptsNameThatGoesOnWithPathEnd) {
     const struct {
         const char16_t* text; // the token is [start, start + length)
