@@ -5,6 +5,8 @@
 // value is found by resuming behind the first matching name.
 #include "xml/attrib_index.h"
 
+#include <string>
+
 #include "xml/char_sets.h"
 
 namespace vetra::xml {
@@ -17,19 +19,101 @@ void AttribIndex::Select(uint64_t generation, int32_t tagNext) {
     m_names.clear();
 }
 
+namespace {
+
+bool IsQuote(wchar c) {
+    return c == u'"' || c == u'\'';
+}
+
+// Can `c` stand first in an attribute name the way the general scan reads
+// one: not the end, not whitespace or a tag delimiter, not a quote.
+bool StartsName(wchar c) {
+    return c != 0 && !InSet(c, AttribNameEndChars) && !IsQuote(c);
+}
+
+int32_t NameEnd(const wchar* text, int32_t i) {
+    while (text[i] != 0 && !InSet(text[i], AttribNameEndChars))
+        ++i;
+    return i;
+}
+
+// TokenEquals for an exact comparison, without a cursor. The lengths rule
+// out most names before any character is compared.
+bool SameName(const wchar* token, int32_t length, const wchar* name, int32_t nameLength) {
+    if (length > nameLength || (length < nameLength && !InSet(name[length], PathEndChars)))
+        return false;
+    for (int32_t k = 0; k < length; ++k)
+        if (token[k] != name[k]) return false;
+    return true;
+}
+
+int32_t SkipWhitespace(const wchar* text, int32_t i) {
+    while (InSet(text[i], WhitespaceChars))
+        ++i;
+    return i;
+}
+
+} // namespace
+
+AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry& e) {
+    int32_t i = SkipWhitespace(text, from);
+    const wchar c = text[i];
+    if (c == u'>' || c == u'/' || c == u'?') return Step::End;
+    if (!StartsName(c)) return Step::Unsure;
+    e.start = i;
+    e.next = NameEnd(text, i);
+    e.end = e.next - 1;
+    // The common shape behind a name: = and a quoted value.
+    int32_t k = SkipWhitespace(text, e.next);
+    if (text[k] != u'=') return Step::Unsure;
+    k = SkipWhitespace(text, k + 1);
+    const wchar quote = text[k];
+    if (!IsQuote(quote)) return Step::Unsure;
+    e.valueStart = ++k;
+    while (text[k] != 0 && text[k] != quote)
+        ++k;
+    e.valueEnd = k - 1;
+    e.valueNext = text[k] == quote ? k + 1 : k;
+    e.valueQuoted = CursorQuoted;
+    e.resume = e.valueNext;
+    e.origin = e.start;
+    while (InSet(text[e.origin - 1], WhitespaceChars))
+        --e.origin;
+    return Step::Found;
+}
+
 bool AttribIndex::ScanOn(const TokenCursor& base) {
     if (m_complete) return false;
-    TokenCursor cursor = base;
+    const wchar* text = base.text;
     int32_t index = int32_t(m_names.size());
-    cursor.next = index == 0 ? m_tagNext : m_names.back().resume;
-    if (!ScanAttribFrom(cursor, nullptr, index, index == 0 ? -1 : index, 0)) {
+    int32_t from = index == 0 ? m_tagNext : m_names.back().resume;
+    int32_t counter = index == 0 ? -1 : index;
+    // The tag's own name, read the way the general scan reads a name.
+    if (index == 0 && StartsName(text[from])) {
+        from = NameEnd(text, from);
+        counter = 0;
+    }
+    Entry e;
+    switch (QuickScan(text, from, e)) {
+    case Step::Found:
+        m_names.push_back(e);
+        return true;
+    case Step::End:
+        m_complete = true;
+        return false;
+    case Step::Unsure:
+        break;
+    }
+
+    TokenCursor cursor = base;
+    cursor.next = from;
+    if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {
         m_complete = true;
         return false;
     }
-    Entry e;
     // Where the scan stood before the whitespace in front of the name.
     e.origin = cursor.tokenStart;
-    while (InSet(cursor.text[e.origin - 1], WhitespaceChars))
+    while (InSet(text[e.origin - 1], WhitespaceChars))
         --e.origin;
     e.start = cursor.tokenStart;
     e.end = cursor.tokenEnd;
@@ -61,13 +145,17 @@ bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out)
 }
 
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
+    const auto nameLength = int32_t(std::char_traits<wchar>::length(name));
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(base)) return false;
         const Entry& e = m_names[k];
+        if (!base.IgnoreCase() &&
+            !SameName(base.text + e.start, e.end - e.start + 1, name, nameLength))
+            continue;
         out = base;
         out.tokenStart = e.start;
         out.tokenEnd = e.end;
-        if (!TokenEquals(out, name)) continue;
+        if (base.IgnoreCase() && !TokenEquals(out, name)) continue;
         out.tokenStart = e.valueStart;
         out.tokenEnd = e.valueEnd;
         out.next = e.valueNext;

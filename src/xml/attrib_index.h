@@ -36,6 +36,10 @@ class AttribIndex {
         int32_t resume;       // where the next name's scan starts
     };
     bool ScanOn(const TokenCursor& base); // appends the next name; false at the end
+    // The usual attribute (name="value") read without the general scan; Unsure
+    // leaves any other shape to it.
+    enum class Step { Found, End, Unsure };
+    static Step QuickScan(const wchar* text, int32_t from, Entry& e);
 
     uint64_t m_generation = 0; // 0 never matches: the engine counts from 1
     int32_t m_tagNext = -1;

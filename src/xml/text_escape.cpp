@@ -92,6 +92,35 @@ uint32_t FindEntity(const wchar* name, int32_t length, uint32_t sum, bool capita
 // '&', its ';' included, or 0 with `out` untouched. Reads up to the ';' even
 // beyond the caller's range, but never past the NUL.
 size_t DecodeReference(const wchar* after, WideString& out) {
+    // The five references of XML itself, written in lower case, come first;
+    // no other entity's name folds to theirs.
+    switch (after[0]) {
+    case 'l':
+    case 'g':
+        if (after[1] == 't' && after[2] == ';') {
+            out += after[0] == 'l' ? u'<' : u'>';
+            return 3;
+        }
+        break;
+    case 'a':
+        if (after[1] == 'm' && after[2] == 'p' && after[3] == ';') {
+            out += u'&';
+            return 4;
+        }
+        if (after[1] == 'p' && after[2] == 'o' && after[3] == 's' && after[4] == ';') {
+            out += u'\'';
+            return 5;
+        }
+        break;
+    case 'q':
+        if (after[1] == 'u' && after[2] == 'o' && after[3] == 't' && after[4] == ';') {
+            out += u'"';
+            return 5;
+        }
+        break;
+    default:
+        break;
+    }
     wchar name[kReferenceMax + 1];
     int32_t length = 0;
     uint32_t sum = 0;

@@ -190,7 +190,8 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
         return (state >> 8) % n;
     };
     for (int round = 0; round < 20000; ++round) {
-        std::u16string tag = u"<e ";
+        const char16_t* starts[] = {u"<e ", u"<e", u"<ab\t", u"< e "};
+        std::u16string tag = starts[next(4)];
         for (uint32_t k = next(14); k > 0; --k)
             tag += alphabet[next(11)];
         XmlEngine e((tag + u"/>").c_str());
