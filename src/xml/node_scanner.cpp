@@ -12,8 +12,9 @@
 //                    each, SkipRun, and TagRunOf for the runs of a start tag
 //   TrackQuotes      the quote tracking of start tags and malformed tag text
 //   EndOfText        rule 1, with the type words of the unterminated entry
+//   QuickNode        the usual nodes, each by a loop of its own
 //   TokenText
-//   ScanNode         the state machine: a pass over the current run, then
+//   ScanNodeByRules  the state machine: a pass over the current run, then
 //                    for the character that ends it rule 1 (end of the
 //                    text), rule 2 (name), rule 3 (inside a node with a
 //                    terminator) and rule 4 (between nodes, the openers)
@@ -183,6 +184,102 @@ int32_t EndOfText(TokenCursor& cursor, NodeToken& node, int32_t i, int32_t type,
     return type;
 }
 
+// ---------------------------------------------------------------------------
+// The usual nodes, read by loops of their own: whitespace and text, start
+// tags, end tags. Each loop does exactly what the state machine below would
+// do for that node; at the NUL, or at anything else it doesn't handle, it
+// gives kUnsure before it has changed anything, and the machine starts the
+// node over.
+
+constexpr int32_t kUnsure = ScanEnd - 1;
+
+int32_t Done(TokenCursor& cursor, NodeToken& node, int32_t next, int32_t type) {
+    cursor.next = next;
+    node.length = next - node.start;
+    node.type = type;
+    return type;
+}
+
+// Text runs to a < (not taken) or a > (taken), and may begin with whitespace.
+int32_t QuickText(TokenCursor& cursor, NodeToken& node, int32_t i) {
+    const wchar* text = cursor.text;
+    while (InSet(text[i], WhitespaceChars))
+        ++i;
+    const wchar c = text[i];
+    if (c == 0) return kUnsure;
+    if (c == u'<') return Done(cursor, node, i, NodeWhitespace);
+    // c is text even if it is a >: the run starts behind it.
+    i = SkipRun(text, i + 1, TextRun);
+    if (text[i] == 0) return kUnsure;
+    return Done(cursor, node, text[i] == u'>' ? i + 1 : i, NodeText);
+}
+
+// `<` then a name, then names, values and whitespace up to the >.
+int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
+    const wchar* text = cursor.text;
+    const int32_t nameStart = i + 1;
+    i = SkipRun(text, i + 2, NameRun);
+    wchar c = text[i];
+    if (c == 0) return kUnsure;
+    const int32_t nameEnd = i - 1;
+    uint32_t state = 0;
+    wchar prev = 0, prev2 = 0;
+    if (c != u'>') {
+        // The character that ended the name is whitespace or /.
+        prev = c;
+        Run run = TagRun;
+        for (;;) {
+            ++i;
+            if (run != NoRun) {
+                const int32_t from = i;
+                i = SkipRun(text, i, run);
+                if (i != from) {
+                    prev2 = i - from > 1 ? text[i - 2] : prev;
+                    prev = text[i - 1];
+                }
+            }
+            c = text[i];
+            if (c == 0) return kUnsure;
+            if (c == u'>' && !(state & (ScanInSingle | ScanInDouble))) break;
+            state = TrackQuotes(state, c, prev);
+            prev2 = prev;
+            prev = c;
+            run = TagRunOf(state);
+        }
+        if (prev == u'/' &&
+            !(prev2 != 0 && (state & ScanInBare) && !InSet(prev2, BeforeSlashChars)))
+            node.flags |= NodeEmptyTag;
+    }
+    cursor.tokenStart = nameStart;
+    cursor.tokenEnd = nameEnd;
+    return Done(cursor, node, i + 1, NodeElement);
+}
+
+// `</`, a name, and anything up to the >.
+int32_t QuickEndTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
+    const wchar* text = cursor.text;
+    const int32_t nameStart = i + 2;
+    i = SkipRun(text, nameStart, NameRun);
+    const int32_t nameEnd = i - 1;
+    if (text[i] == 0) return kUnsure;
+    if (text[i] != u'>') i = SkipRun(text, i + 1, CloseRun);
+    if (text[i] == 0) return kUnsure;
+    cursor.tokenStart = nameStart;
+    cursor.tokenEnd = nameEnd;
+    return Done(cursor, node, i + 1, ScanEndTag);
+}
+
+int32_t QuickNode(TokenCursor& cursor, NodeToken& node) {
+    const wchar* text = cursor.text;
+    const int32_t i = cursor.next;
+    const wchar c = text[i];
+    if (c != u'<') return c == 0 ? kUnsure : QuickText(cursor, node, i);
+    const wchar after = text[i + 1];
+    if (after == u'/') return QuickEndTag(cursor, node, i);
+    if (CanBeginName(after)) return QuickStartTag(cursor, node, i);
+    return kUnsure;
+}
+
 } // namespace
 
 WideString TokenText(const TokenCursor& cursor) {
@@ -191,6 +288,13 @@ WideString TokenText(const TokenCursor& cursor) {
 }
 
 int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
+    node.start = cursor.next;
+    node.flags = 0;
+    const int32_t quick = QuickNode(cursor, node);
+    return quick != kUnsure ? quick : ScanNodeByRules(cursor, node);
+}
+
+int32_t ScanNodeByRules(TokenCursor& cursor, NodeToken& node) {
     const wchar* const text = cursor.text;
     node.start = cursor.next;
     node.flags = 0;

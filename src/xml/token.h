@@ -42,6 +42,9 @@ struct NodeToken {
 
 /// Scans the next node from `cursor.next`: see node_scanner.cpp.
 int32_t ScanNode(TokenCursor& cursor, NodeToken& node);
+/// ScanNode by the general state machine alone, without the loops for the
+/// usual nodes; both give the same results (the tests compare them).
+int32_t ScanNodeByRules(TokenCursor& cursor, NodeToken& node);
 
 /// A copy of the cursor's token.
 WideString TokenText(const TokenCursor& cursor);

@@ -2,7 +2,8 @@
 //
 // 1. The first node of each text: type, start, length, empty-tag flag, the
 //    name token where the scan sets one, and the faults reported.
-// 2. Whole texts cut into node sequences that tile the text and end in ScanEnd.
+// 2. Whole texts cut into node sequences that tile the text and end in
+//    ScanEnd; the quick loops against the state machine on all short texts.
 // 3. Texts that end right before an unreadable page: a read past the NUL
 //    would crash.
 #include <gtest/gtest.h>
@@ -346,6 +347,59 @@ TEST(NodeScanner, ReportIsOnlyAppendedTo) {
     ScanNode(cursor, node);
     EXPECT_EQ(Show(node.report),
               Show(u"<first_tag_syntax offset=\"0\"/><first_tag_syntax offset=\"3\"/>"));
+}
+
+// The loops for the usual nodes must agree with the state machine on every
+// text: all texts of up to six characters over an alphabet of the characters
+// that matter, and longer ones at random. (A scan from an offset never looks
+// behind it, so the texts' suffixes stand in for later offsets.)
+TEST(NodeScanner, QuickLoopsAgreeWithTheRules) {
+    const char16_t alphabet[] = u"<>/=\"' a!";
+    const int32_t letters = 9;
+    std::u16string text;
+    auto compare = [&]() {
+        TokenCursor quick(text.c_str(), 0), rules(text.c_str(), 0);
+        NodeToken a, b;
+        for (;;) {
+            const int32_t type = ScanNode(quick, a);
+            ASSERT_EQ(type, ScanNodeByRules(rules, b)) << Show(text);
+            ASSERT_EQ(a.start, b.start) << Show(text);
+            ASSERT_EQ(a.length, b.length) << Show(text);
+            ASSERT_EQ(a.flags, b.flags) << Show(text);
+            ASSERT_EQ(quick.next, rules.next) << Show(text);
+            ASSERT_EQ(quick.tokenStart, rules.tokenStart) << Show(text);
+            ASSERT_EQ(quick.tokenEnd, rules.tokenEnd) << Show(text);
+            ASSERT_EQ(a.report, b.report) << Show(text);
+            if (type == ScanEnd) break;
+        }
+    };
+    std::vector<int32_t> digits;
+    for (int32_t length = 1; length <= 6; ++length) {
+        digits.assign(size_t(length), 0);
+        for (;;) {
+            text.clear();
+            for (int32_t d : digits)
+                text += alphabet[d];
+            compare();
+            if (testing::Test::HasFatalFailure()) return;
+            int32_t k = 0;
+            while (k < length && ++digits[size_t(k)] == letters)
+                digits[size_t(k++)] = 0;
+            if (k == length) break;
+        }
+    }
+    // Longer texts at random, for tags with several attributes.
+    uint32_t state = 2024;
+    for (int round = 0; round < 100000; ++round) {
+        state = state * 1103515245 + 12345;
+        text.assign(7 + (state >> 16) % 12, u' ');
+        for (char16_t& c : text) {
+            state = state * 1103515245 + 12345;
+            c = alphabet[(state >> 16) % letters];
+        }
+        compare();
+        if (testing::Test::HasFatalFailure()) return;
+    }
 }
 
 // ---------------------------------------------------------------------------
