@@ -20,6 +20,7 @@
 //                    terminator) and rule 4 (between nodes, the openers)
 #include "text/result_log.h"
 #include "xml/char_sets.h"
+#include "xml/run_search.h"
 #include "xml/token.h"
 
 namespace vetra::xml {
@@ -209,7 +210,7 @@ int32_t QuickText(TokenCursor& cursor, NodeToken& node, int32_t i) {
     if (c == 0) return kUnsure;
     if (c == u'<') return Done(cursor, node, i, NodeWhitespace);
     // c is text even if it is a >: the run starts behind it.
-    i = SkipRun(text, i + 1, TextRun);
+    i = FindAny(text, i + 1, u'<', u'>', u'>'); // the text run, eight at a time
     if (text[i] == 0) return kUnsure;
     return Done(cursor, node, text[i] == u'>' ? i + 1 : i, NodeText);
 }

@@ -3,8 +3,9 @@
 //
 // The scanners pass over long runs (text, attribute values, comments) with
 // it. Loads are aligned, so they never cross into a page the text doesn't
-// touch; they may read past the NUL within an aligned block, which the
-// address sanitizer can't tell from an overrun, so it is told to look away.
+// touch; they may read before the start or past the NUL within an aligned
+// block, which the address sanitizer can't tell from an overrun, so it is
+// told to look away.
 #ifndef VETRA_XML_RUN_SEARCH_H
 #define VETRA_XML_RUN_SEARCH_H
 
@@ -28,24 +29,26 @@ namespace vetra::xml {
 /// The first offset from `i` whose character is NUL, `a`, `b` or `c`.
 VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wchar b, wchar c) {
 #if defined(VETRA_RUN_SEARCH_SSE2)
-    // Up to the next 16-byte boundary one unit at a time.
-    while ((reinterpret_cast<uintptr_t>(text + i) & 15) != 0) {
-        wchar u = text[i];
-        if (u == 0 || u == a || u == b || u == c) return i;
-        ++i;
-    }
+    // The first block starts at the 16-byte boundary at or before text + i;
+    // the hits in front of i are masked off.
+    const auto at = reinterpret_cast<uintptr_t>(text + i);
+    const unsigned skipped = unsigned(at & 15);
+    auto block = reinterpret_cast<const __m128i*>(at - skipped);
     const __m128i zero = _mm_setzero_si128();
     const __m128i va = _mm_set1_epi16(short(a));
     const __m128i vb = _mm_set1_epi16(short(b));
     const __m128i vc = _mm_set1_epi16(short(c));
-    for (;; i += 8) {
-        __m128i block = _mm_load_si128(reinterpret_cast<const __m128i*>(text + i));
-        __m128i hit =
-            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(block, zero), _mm_cmpeq_epi16(block, va)),
-                         _mm_or_si128(_mm_cmpeq_epi16(block, vb), _mm_cmpeq_epi16(block, vc)));
-        int mask = _mm_movemask_epi8(hit);
-        if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
-    }
+    auto hits = [&](const __m128i* p) {
+        const __m128i v = _mm_load_si128(p);
+        return unsigned(_mm_movemask_epi8(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, zero), _mm_cmpeq_epi16(v, va)),
+                         _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)))));
+    };
+    unsigned mask = hits(block) & (0xFFFFu << skipped);
+    while (mask == 0)
+        mask = hits(++block);
+    const auto found = reinterpret_cast<const char*>(block) + __builtin_ctz(mask);
+    return int32_t((found - reinterpret_cast<const char*>(text)) / 2);
 #else
     for (;; ++i) {
         wchar u = text[i];
