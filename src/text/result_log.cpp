@@ -6,7 +6,7 @@
 // log's format is exactly what the element and attribute writers produce.
 #include "text/result_log.h"
 
-#include <cstdio>
+#include <charconv>
 
 #include "xml/xml_engine.h"
 
@@ -16,8 +16,8 @@ namespace {
 
 WideString Decimal(int32_t value) {
     char digits[16];
-    int n = std::snprintf(digits, sizeof digits, "%d", value);
-    return WideString(digits, digits + n);
+    const std::to_chars_result r = std::to_chars(digits, digits + sizeof digits, value);
+    return WideString(digits, r.ptr);
 }
 
 const wchar* TextAttribute(uint32_t flags) {

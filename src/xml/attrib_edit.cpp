@@ -16,9 +16,10 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     bool onElement = index != 0 && m_nodeType == NodeElement;
     TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
 
-    // The replacement is built in one string: its head, the encoded value
-    // appended in place, and the closing quote.
-    WideString replacement;
+    // The replacement is built in the engine's scratch string: its head, the
+    // encoded value appended in place, and the closing quote.
+    WideString& replacement = m_editText;
+    replacement.clear();
     int32_t position, count = 0;
     if (ScanAttrib(cursor, name, 0)) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
@@ -34,7 +35,6 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
         }
     } else {
         size_t nameLength = std::char_traits<wchar>::length(name);
-        replacement.reserve(nameLength + 4);
         replacement += u' ';
         replacement.append(name, nameLength);
         replacement += u"=\"";
@@ -47,6 +47,7 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     if (onElement && Rec(index).StartTagChars() + int64_t(delta) > ElementRecord::kStartTagMask)
         return false; // the start tag would outgrow its record field
     SpliceDoc(position, count, replacement);
+    ReleaseEditText();
     if (onElement) {
         ElementRecord& rec = Rec(index);
         rec.SetStartTagChars(rec.StartTagChars() + delta);

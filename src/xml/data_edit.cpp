@@ -22,12 +22,16 @@ bool XmlEngine::WriteData(int32_t index, const wchar* text, uint32_t flags) {
     if (index == 0 || Rec(index).firstChild != 0) return false;
     if (!EndTagFits(index)) return false;
 
-    ElementSplice splice;
+    ElementSplice splice(m_editText);
     splice.flags = EditNoLineEnds | EditReplaceContent;
-    splice.text = (flags & EditCData) ? EncodeCData(text) : EncodeText(text, flags);
+    if (flags & EditCData)
+        splice.text = EncodeCData(text);
+    else
+        EncodeTextTo(text, flags, splice.text);
     int32_t reference = 0;
     int32_t replaced = SpliceElement(index, reference, splice);
     int32_t delta = int32_t(splice.text.size()) - replaced;
+    ReleaseEditText();
     AdjustOffsets(index, delta, false);
     ElementRecord& rec = Rec(index);
     rec.length += delta;

@@ -15,7 +15,8 @@ bool XmlEngine::EndTagFits(int32_t parent) const {
     if (parent == 0) return true;
     const ElementRecord& p = Rec(parent);
     if (p.StartTagChars() != p.length) return true;
-    return ElementName(parent).size() + 3 <= ElementRecord::kEndTagMax;
+    const wchar* name;
+    return ElementNameSpan(parent, name) + 3 <= int32_t(ElementRecord::kEndTagMax);
 }
 
 bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags) {
@@ -32,7 +33,7 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
         (hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent))
         return false;
 
-    ElementSplice splice;
+    ElementSplice splice(m_editText);
     splice.flags = flags;
     int32_t length, startTag, endTag = 0;
     if (!hasValue) {
@@ -73,6 +74,7 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     rec.levelFlags = (flags & EditNoEndTag) ? uint32_t(ElemUnended) : 0u;
     LinkElement(parent, reference, index);
     AdjustOffsets(index, int32_t(splice.text.size()) - replaced, false);
+    ReleaseEditText();
 
     m_nodeOffset = m_nodeLength = 0;
     if (flags & EditChild) {
@@ -110,7 +112,7 @@ bool XmlEngine::AddSubDocument(const wchar* text, uint32_t flags) {
     int32_t last = first != 0 ? Rec(first).prevSibling : 0;
     bool result = wellFormed;
 
-    ElementSplice splice;
+    ElementSplice splice(m_editText);
     splice.flags = flags;
     int32_t subStart = 0;
     if (wellFormed) {
@@ -140,6 +142,7 @@ bool XmlEngine::AddSubDocument(const wchar* text, uint32_t flags) {
     FreeRecord(holder);
 
     int32_t delta = int32_t(splice.text.size()) - replaced;
+    ReleaseEditText();
     if (first != 0)
         AdjustOffsets(last, delta, true);
     else

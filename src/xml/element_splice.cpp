@@ -62,13 +62,11 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
     if (emptyParent) {
         // The parent's final '>' stays and closes the new end tag.
         ElementRecord& p = Rec(parent);
-        WideString name = ElementName(parent);
-        WideString opened = lineEnds ? u">\r\n" : u">";
-        opened.reserve(opened.size() + splice.text.size() + 2 + name.size());
-        opened += splice.text;
-        opened += u"</";
-        opened += name;
-        splice.text.swap(opened);
+        const wchar* name;
+        const int32_t nameLength = ElementNameSpan(parent, name); // in the text, unchanged yet
+        splice.text.insert(0, lineEnds ? u">\r\n" : u">");
+        splice.text += u"</";
+        splice.text.append(name, size_t(nameLength));
         if (p.Has(ElemUnended)) {
             position = p.start + p.length - 1;
             p.Clear(ElemUnended);
@@ -77,7 +75,7 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
             count = 1;
             p.SetStartTagChars(p.StartTagChars() - 1);
         }
-        p.SetEndTagChars(int32_t(name.size()) + 3);
+        p.SetEndTagChars(nameLength + 3);
     } else if (flags & EditReplaceContent) {
         position = contentStart;
         count = contentEnd - contentStart;

@@ -20,11 +20,19 @@ void SetToken(const TokenCursor& cursor, WideString& out) {
 
 } // namespace
 
+int32_t XmlEngine::ElementNameSpan(int32_t index, const wchar*& name) const {
+    name = m_docText.c_str();
+    if (index == 0) return 0;
+    TokenCursor cursor(name, m_docFlags, Rec(index).start + 1);
+    if (!ScanWord(cursor)) return 0;
+    name += cursor.tokenStart;
+    return cursor.TokenLength();
+}
+
 void XmlEngine::ElementName(int32_t index, WideString& out) const {
-    out.clear();
-    if (index == 0) return;
-    TokenCursor cursor(m_docText.c_str(), m_docFlags, Rec(index).start + 1);
-    if (ScanWord(cursor)) SetToken(cursor, out);
+    const wchar* name;
+    const int32_t length = ElementNameSpan(index, name);
+    out.assign(name, size_t(length));
 }
 
 void XmlEngine::NodeName(WideString& out) const {

@@ -39,10 +39,13 @@ bool ParsePath(PathQuery& query);
 
 /// What a caller hands to SpliceElement (element_splice.cpp).
 struct ElementSplice {
+    /// `buffer` holds the text, emptied here; an edit passes the engine's
+    /// scratch string so that its memory is reused from edit to edit.
+    explicit ElementSplice(WideString& buffer) : text(buffer) { text.clear(); }
     int32_t start = 0;  // out: offset of the new text's element after the splice
     int32_t length = 0; // 0 throughout this library
     uint32_t flags = 0; // editing flags
-    WideString text;    // in: the new text; out: the replacement that went in
+    WideString& text;   // in: the new text; out: the replacement that went in
 };
 
 class XmlEngine {
@@ -101,6 +104,9 @@ class XmlEngine {
     // --- Names (names.cpp) -------------------------------------------------
     // Each read sets `out` (reusing its memory); the by-value forms wrap them.
     void ElementName(int32_t index, WideString& out) const;
+    /// The element's name where it stands in the text: its length, and its
+    /// first character in `name`; 0 if it has none.
+    int32_t ElementNameSpan(int32_t index, const wchar*& name) const;
     void NodeName(WideString& out) const;
     void AttribName(int32_t attribIndex, WideString& out) const;
     WideString ElementName(int32_t index) const { return Read(&XmlEngine::ElementName, index); }
@@ -179,6 +185,11 @@ class XmlEngine {
     // names of the last tag read, valid for one count.
     uint64_t m_textGeneration = 1;
     mutable AttribIndex m_attribIndex;
+    // Scratch for the text an edit splices in; large buffers aren't kept.
+    WideString m_editText;
+    void ReleaseEditText() {
+        if (m_editText.capacity() > 4096) WideString().swap(m_editText);
+    }
 
   private:
     void GrowForRecord();

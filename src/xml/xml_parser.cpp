@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdio>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "xml/xml_engine.h"
@@ -158,16 +159,28 @@ using vetra::xml::EditChild;
 using vetra::xml::EditInsertBefore;
 
 // A number as wide text. The buffer is the limit of a formatted value: a
-// text that wouldn't fit is refused rather than cut short.
+// text that wouldn't fit is refused rather than cut short. Integers are
+// written by to_chars, which gives what "%d" and its kin give; a double
+// goes through the C library's "%f".
 struct Number {
     wchar text[128];
     bool ok = false;
-    template <typename T> Number(const char* format, T value) {
+    template <typename T> explicit Number(T value) {
+        static_assert(std::is_integral_v<T>, "doubles take the format");
+        char narrow[32];
+        const std::to_chars_result r = std::to_chars(narrow, narrow + sizeof narrow, value);
+        Widen(narrow, int(r.ptr - narrow));
+    }
+    Number(const char* format, double value) {
         char narrow[sizeof text / sizeof text[0]];
         int n = std::snprintf(narrow, sizeof narrow, format, value);
-        ok = n >= 0 && size_t(n) < sizeof narrow;
-        for (int i = 0; ok && i <= n; ++i)
+        if (n >= 0 && size_t(n) < sizeof narrow) Widen(narrow, n);
+    }
+    void Widen(const char* narrow, int n) {
+        for (int i = 0; i < n; ++i)
             text[i] = wchar(static_cast<unsigned char>(narrow[i]));
+        text[n] = 0;
+        ok = true;
     }
 };
 
@@ -182,17 +195,17 @@ int CVTXmlParser::AddElem(const vtchar* name, const vtchar* value) {
     return m_pEngine->AddElement(In(name), OrEmpty(value), 0) ? 1 : 0;
 }
 
-#define VT_NUMERIC_ADD_ELEM(type, format)                                                          \
+#define VT_NUMERIC_ADD_ELEM(type, args)                                                            \
     int CVTXmlParser::AddElem(const vtchar* name, type value) {                                    \
-        Number number(format, value);                                                              \
+        Number number args;                                                                        \
         if (!number.ok || name == nullptr) return 0;                                               \
         return m_pEngine->AddElement(In(name), number.text, 0) ? 1 : 0;                            \
     }
-VT_NUMERIC_ADD_ELEM(unsigned long long, "%llu")
-VT_NUMERIC_ADD_ELEM(long long, "%lld")
-VT_NUMERIC_ADD_ELEM(double, "%f")
-VT_NUMERIC_ADD_ELEM(unsigned int, "%u")
-VT_NUMERIC_ADD_ELEM(int, "%d")
+VT_NUMERIC_ADD_ELEM(unsigned long long, (value))
+VT_NUMERIC_ADD_ELEM(long long, (value))
+VT_NUMERIC_ADD_ELEM(double, ("%f", value))
+VT_NUMERIC_ADD_ELEM(unsigned int, (value))
+VT_NUMERIC_ADD_ELEM(int, (value))
 #undef VT_NUMERIC_ADD_ELEM
 
 int CVTXmlParser::InsertElem(const vtchar* name, const vtchar* value) {
@@ -234,20 +247,20 @@ int CVTXmlParser::AddAttrib(const vtchar* name, const vtchar* value) {
     return WriteAttrib(*m_pEngine, m_pEngine->m_mainIndex, name, OrEmpty(value));
 }
 
-#define VT_NUMERIC_ATTRIB(method, index, type, format)                                             \
+#define VT_NUMERIC_ATTRIB(method, index, type, args)                                               \
     int CVTXmlParser::method(const vtchar* name, type value) {                                     \
-        Number number(format, value);                                                              \
+        Number number args;                                                                        \
         if (!number.ok) return 0;                                                                  \
         return WriteAttrib(*m_pEngine, m_pEngine->index, name, number.text);                       \
     }
-VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned long long, "%llu")
-VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, long long, "%lld")
-VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, double, "%f")
-VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned int, "%u")
-VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, int, "%d")
-VT_NUMERIC_ATTRIB(SetAttrib, m_mainIndex, int, "%d")
-VT_NUMERIC_ATTRIB(AddChildAttrib, m_childIndex, int, "%d")
-VT_NUMERIC_ATTRIB(SetChildAttrib, m_childIndex, int, "%d")
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned long long, (value))
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, long long, (value))
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, double, ("%f", value))
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, unsigned int, (value))
+VT_NUMERIC_ATTRIB(AddAttrib, m_mainIndex, int, (value))
+VT_NUMERIC_ATTRIB(SetAttrib, m_mainIndex, int, (value))
+VT_NUMERIC_ATTRIB(AddChildAttrib, m_childIndex, int, (value))
+VT_NUMERIC_ATTRIB(SetChildAttrib, m_childIndex, int, (value))
 #undef VT_NUMERIC_ATTRIB
 
 int CVTXmlParser::SetAttrib(const vtchar* name, const vtchar* value) {
