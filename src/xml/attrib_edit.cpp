@@ -10,18 +10,22 @@
 namespace vetra::xml {
 
 bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value, uint32_t flags) {
-    if (m_docFlags & DocReadStream) return false;
+    if (m_docFlags & DocReadStream || name == nullptr) return false;
     int32_t start = TagScanStart(index);
     if (start < 0) return false;
     bool onElement = index != 0 && m_nodeType == NodeElement;
-    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
+    // The attribute index finds what ScanAttrib by name would find; the
+    // splice below makes it stale.
+    const TokenCursor tag(m_docText.c_str(), m_docFlags, start);
+    m_attribIndex.Select(m_textGeneration, start);
+    TokenCursor cursor;
 
     // The replacement is built in the engine's scratch string: its head, the
     // encoded value appended in place, and the closing quote.
     WideString& replacement = m_editText;
     replacement.clear();
     int32_t position, count = 0;
-    if (ScanAttrib(cursor, name, 0)) {
+    if (m_attribIndex.Value(tag, name, cursor)) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.
             replacement += u"=\"";

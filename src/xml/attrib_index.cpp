@@ -16,6 +16,7 @@ void AttribIndex::Select(uint64_t generation, int32_t tagNext) {
     m_generation = generation;
     m_tagNext = tagNext;
     m_complete = false;
+    m_end = -1;
     m_names.clear();
 }
 
@@ -100,6 +101,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
         return true;
     case Step::End:
         m_complete = true;
+        m_end = from; // in front of the whitespace before the tag's end
         return false;
     case Step::Unsure:
         break;
@@ -109,6 +111,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     cursor.next = from;
     if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {
         m_complete = true;
+        m_end = cursor.next;
         return false;
     }
     // Where the scan stood before the whitespace in front of the name.
@@ -147,7 +150,11 @@ bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out)
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
     const auto nameLength = int32_t(std::char_traits<wchar>::length(name));
     for (size_t k = 0;; ++k) {
-        if (k == m_names.size() && !ScanOn(base)) return false;
+        if (k == m_names.size() && !ScanOn(base)) {
+            out = base;
+            out.next = m_end;
+            return false;
+        }
         const Entry& e = m_names[k];
         if (!base.IgnoreCase() &&
             !SameName(base.text + e.start, e.end - e.start + 1, name, nameLength))

@@ -23,7 +23,8 @@ class AttribIndex {
     /// False if the tag has no such attribute.
     bool Name(const TokenCursor& base, int32_t index, TokenCursor& out);
     /// ScanAttrib by name: the first attribute called `name`, its value (or
-    /// name) left in `out`'s token.
+    /// name) left in `out`'s token. On failure `out.next` stands where a new
+    /// attribute belongs, as after a failed ScanAttrib.
     bool Value(const TokenCursor& base, const wchar* name, TokenCursor& out);
 
   private:
@@ -44,6 +45,7 @@ class AttribIndex {
     uint64_t m_generation = 0; // 0 never matches: the engine counts from 1
     int32_t m_tagNext = -1;
     bool m_complete = false;
+    int32_t m_end = -1; // once complete: where the scan stopped
     std::vector<Entry> m_names;
 };
 

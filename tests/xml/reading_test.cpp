@@ -198,6 +198,8 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
         if (e.Rec(0).firstChild == 0) continue;
         e.FindElem(nullptr);
         const int32_t start = e.Rec(e.m_mainIndex).start + 1;
+        AttribIndex kept;
+        kept.Select(1, start);
         for (int read = 0; read < 12; ++read) {
             TokenCursor fresh(e.m_docText.c_str(), 0, start);
             if (next(2) == 0) {
@@ -206,9 +208,20 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
                 ASSERT_EQ(e.AttribName(index), expect) << Show(tag) << " index " << index;
             } else {
                 const char16_t* name = names[next(6)];
-                WideString expect = ScanAttrib(fresh, name, 0) ? TokenText(fresh) : u"";
+                const bool found = ScanAttrib(fresh, name, 0);
+                WideString expect = found ? TokenText(fresh) : u"";
                 ASSERT_EQ(e.AttribValue(e.m_mainIndex, name), expect)
                     << Show(tag) << " " << Show(name);
+                // Where the attribute editor splices: the same places as a scan.
+                TokenCursor got;
+                ASSERT_EQ(kept.Value(TokenCursor(e.m_docText.c_str(), 0, start), name, got), found);
+                EXPECT_EQ(got.next, fresh.next) << Show(tag) << " " << Show(name);
+                if (found) {
+                    EXPECT_EQ(got.tokenStart, fresh.tokenStart) << Show(tag);
+                    EXPECT_EQ(got.tokenEnd, fresh.tokenEnd) << Show(tag);
+                    EXPECT_EQ(got.flags & CursorQuoted, fresh.flags & CursorQuoted) << Show(tag);
+                    EXPECT_EQ(got.matchOrigin + got.matchGap, fresh.matchOrigin + fresh.matchGap);
+                }
             }
         }
         // An edit of the tag makes the kept names stale.
