@@ -57,7 +57,7 @@ const uint8_t kCharClass[128] = {
 #undef R
 };
 
-int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool ignoreCase) {
+int32_t CompareNamesFolding(const wchar* a, const wchar* b, int32_t count) {
     bool sawNonAscii = false;
     for (int32_t i = 0; i < count; ++i) {
         wchar ca = a[i], cb = b[i];
@@ -65,7 +65,7 @@ int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool ignoreC
             if (ca > 127) sawNonAscii = true;
             continue;
         }
-        if (!ignoreCase || sawNonAscii) return int32_t(ca) - int32_t(cb);
+        if (sawNonAscii) return int32_t(ca) - int32_t(cb);
         if (ca >= 'a' && ca <= 'z') ca = wchar(ca - 32);
         if (cb >= 'a' && cb <= 'z') cb = wchar(cb - 32);
         if (ca != cb) return int32_t(ca) - int32_t(cb);

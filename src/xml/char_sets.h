@@ -51,7 +51,13 @@ inline bool CanBeginName(wchar c) {
 /// the difference of the first differing pair. With `ignoreCase`, ASCII
 /// letters fold until an identical non-ASCII character has been seen; from
 /// then on the comparison is exact.
-int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool ignoreCase);
+int32_t CompareNamesFolding(const wchar* a, const wchar* b, int32_t count);
+inline int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool ignoreCase) {
+    if (ignoreCase) return CompareNamesFolding(a, b, count);
+    for (int32_t i = 0; i < count; ++i)
+        if (a[i] != b[i]) return int32_t(a[i]) - int32_t(b[i]);
+    return 0;
+}
 
 } // namespace vetra::xml
 
