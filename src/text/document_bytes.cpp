@@ -1,5 +1,5 @@
-// document_bytes.cpp - SetDocBytes: measure, convert into the document's
-// own buffer, hand it to the engine.
+// document_bytes.cpp - SetDocBytes: convert into the document's own buffer,
+// hand it to the engine.
 #include "text/document_bytes.h"
 
 #include <utility>
@@ -10,11 +10,22 @@ namespace vetra::text {
 
 bool SetDocBytes(xml::XmlEngine& engine, uint32_t codePage, const char* bytes, int32_t length) {
     xml::WideString text;
-    int32_t units = length > 0 ? platform::MultiByteToWide(codePage, bytes, length, nullptr, 0) : 0;
-    if (units > 0) {
+    if (length > 0) {
+        // One unit a byte is room enough for nearly every page, so the
+        // conversion is tried in one pass; a page that needs more is measured.
+        text.resize(size_t(length));
+        int32_t units = platform::MultiByteToWide(codePage, bytes, length, text.data(), length);
+        if (units == 0) {
+            units = platform::MultiByteToWide(codePage, bytes, length, nullptr, 0);
+            text.resize(size_t(units));
+            if (units > 0 &&
+                platform::MultiByteToWide(codePage, bytes, length, text.data(), units) != units)
+                units = 0;
+        }
         text.resize(size_t(units));
-        if (platform::MultiByteToWide(codePage, bytes, length, text.data(), units) != units)
-            text.clear();
+        // Text of multi-byte characters may leave much of the buffer unused:
+        // more than a quarter of it is given back.
+        if (text.size() < text.capacity() - text.capacity() / 4) text.shrink_to_fit();
     }
     return engine.SetDocText(std::move(text));
 }
