@@ -1,8 +1,9 @@
 // Fuzz target: any bytes, read as UTF-16 units, become a document through
 // SetDoc; the records must then satisfy every invariant, and the whole
 // document is walked with the navigation operations, reading every name,
-// attribute (by index and by name) and data. No text may crash the parser,
-// hang it or make it read outside the text.
+// attribute (by index and by name) and data. The node scanner's loops for
+// the usual nodes must cut the text exactly as its state machine does. No
+// text may crash the parser, hang it or make it read outside the text.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 
 #include "support/record_check.h"
 #include "vetra/xml_parser.h"
+#include "xml/token.h"
 #include "xml/xml_engine.h"
 
 namespace {
@@ -58,11 +60,29 @@ size_t Walk(CVTXmlParser& doc) {
     }
 }
 
+// The text cut into nodes by ScanNode and by the state machine alone.
+void CompareScans(const std::u16string& text) {
+    using namespace vetra::xml;
+    TokenCursor quick(text.c_str(), 0), rules(text.c_str(), 0);
+    NodeToken a, b;
+    for (;;) {
+        const int32_t type = ScanNode(quick, a);
+        Check(type == ScanNodeByRules(rules, b), "node types agree");
+        Check(a.start == b.start && a.length == b.length && a.flags == b.flags, "nodes agree");
+        Check(quick.next == rules.next && quick.tokenStart == rules.tokenStart &&
+                  quick.tokenEnd == rules.tokenEnd,
+              "cursors agree");
+        Check(a.report == b.report, "fault reports agree");
+        if (type == ScanEnd) return;
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::u16string text(size / 2, u'\0');
     std::memcpy(text.data(), data, text.size() * 2);
+    CompareScans(text);
 
     vetra::xml::XmlEngine engine;
     engine.SetDocText(text.c_str());
