@@ -16,16 +16,14 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     bool onElement = index != 0 && m_nodeType == NodeElement;
     // The attribute index finds what ScanAttrib by name would find; the
     // splice below makes it stale.
-    const TokenCursor tag(m_docText.c_str(), m_docFlags, start);
-    m_attribIndex.Select(m_textGeneration, start);
     TokenCursor cursor;
 
-    // The replacement is built in the engine's scratch string: its head, the
-    // encoded value appended in place, and the closing quote.
-    WideString& replacement = m_editText;
-    replacement.clear();
+    // The replacement is built in one string: its head, the encoded value
+    // appended in place, and the closing quote.
+    ScratchText scratch(m_editText);
+    WideString& replacement = scratch.text;
     int32_t position, count = 0;
-    if (m_attribIndex.Value(tag, name, cursor)) {
+    if (m_attribIndex.Value(TagCursor(start), name, cursor)) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.
             replacement += u"=\"";
@@ -51,7 +49,6 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     if (onElement && Rec(index).StartTagChars() + int64_t(delta) > ElementRecord::kStartTagMask)
         return false; // the start tag would outgrow its record field
     SpliceDoc(position, count, replacement);
-    ReleaseEditText();
     if (onElement) {
         ElementRecord& rec = Rec(index);
         rec.SetStartTagChars(rec.StartTagChars() + delta);

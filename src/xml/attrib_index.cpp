@@ -5,8 +5,6 @@
 // value is found by resuming behind the first matching name.
 #include "xml/attrib_index.h"
 
-#include <string>
-
 #include "xml/char_sets.h"
 
 namespace vetra::xml {
@@ -38,14 +36,11 @@ int32_t NameEnd(const wchar* text, int32_t i) {
     return i;
 }
 
-// TokenEquals for an exact comparison, without a cursor. The lengths rule
-// out most names before any character is compared.
-bool SameName(const wchar* token, int32_t length, const wchar* name, int32_t nameLength) {
-    if (length > nameLength || (length < nameLength && !InSet(name[length], PathEndChars)))
-        return false;
-    for (int32_t k = 0; k < length; ++k)
-        if (token[k] != name[k]) return false;
-    return true;
+// Where a scan stood before the whitespace in front of the name at `start`.
+int32_t OriginOf(const wchar* text, int32_t start) {
+    while (InSet(text[start - 1], WhitespaceChars))
+        --start;
+    return start;
 }
 
 int32_t SkipWhitespace(const wchar* text, int32_t i) {
@@ -77,9 +72,7 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
     e.resume = e.valueNext;
-    e.origin = e.start;
-    while (InSet(text[e.origin - 1], WhitespaceChars))
-        --e.origin;
+    e.origin = OriginOf(text, e.start);
     return Step::Found;
 }
 
@@ -114,10 +107,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
         m_end = cursor.next;
         return false;
     }
-    // Where the scan stood before the whitespace in front of the name.
-    e.origin = cursor.tokenStart;
-    while (InSet(text[e.origin - 1], WhitespaceChars))
-        --e.origin;
+    e.origin = OriginOf(text, cursor.tokenStart);
     e.start = cursor.tokenStart;
     e.end = cursor.tokenEnd;
     e.next = cursor.next;
@@ -148,7 +138,6 @@ bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out)
 }
 
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
-    const auto nameLength = int32_t(std::char_traits<wchar>::length(name));
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(base)) {
             out = base;
@@ -156,13 +145,10 @@ bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor&
             return false;
         }
         const Entry& e = m_names[k];
-        if (!base.IgnoreCase() &&
-            !SameName(base.text + e.start, e.end - e.start + 1, name, nameLength))
-            continue;
         out = base;
         out.tokenStart = e.start;
         out.tokenEnd = e.end;
-        if (base.IgnoreCase() && !TokenEquals(out, name)) continue;
+        if (!TokenEquals(out, name)) continue;
         out.tokenStart = e.valueStart;
         out.tokenEnd = e.valueEnd;
         out.next = e.valueNext;

@@ -31,7 +31,6 @@ bool XmlEngine::WriteData(int32_t index, const wchar* text, uint32_t flags) {
     int32_t reference = 0;
     int32_t replaced = SpliceElement(index, reference, splice);
     int32_t delta = int32_t(splice.text.size()) - replaced;
-    ReleaseEditText();
     AdjustOffsets(index, delta, false);
     ElementRecord& rec = Rec(index);
     rec.length += delta;

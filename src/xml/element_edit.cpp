@@ -74,7 +74,6 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     rec.levelFlags = (flags & EditNoEndTag) ? uint32_t(ElemUnended) : 0u;
     LinkElement(parent, reference, index);
     AdjustOffsets(index, int32_t(splice.text.size()) - replaced, false);
-    ReleaseEditText();
 
     m_nodeOffset = m_nodeLength = 0;
     if (flags & EditChild) {
@@ -142,7 +141,6 @@ bool XmlEngine::AddSubDocument(const wchar* text, uint32_t flags) {
     FreeRecord(holder);
 
     int32_t delta = int32_t(splice.text.size()) - replaced;
-    ReleaseEditText();
     if (first != 0)
         AdjustOffsets(last, delta, true);
     else

@@ -67,12 +67,8 @@ void XmlEngine::AttribName(int32_t attribIndex, WideString& out) const {
     out.clear();
     int32_t start = TagScanStart(m_mainIndex);
     if (start < 0) return;
-    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
-    // Names are read one index after another: the index keeps the scan's
-    // place instead of starting again from the tag.
-    m_attribIndex.Select(m_textGeneration, cursor.next);
     TokenCursor name;
-    if (m_attribIndex.Name(cursor, attribIndex, name)) SetToken(name, out);
+    if (m_attribIndex.Name(TagCursor(start), attribIndex, name)) SetToken(name, out);
 }
 
 } // namespace vetra::xml

@@ -89,10 +89,8 @@ void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) c
     out.clear();
     int32_t start = TagScanStart(index);
     if (start < 0 || name == nullptr) return;
-    TokenCursor cursor(m_docText.c_str(), m_docFlags, start);
-    m_attribIndex.Select(m_textGeneration, cursor.next);
     TokenCursor value;
-    if (!m_attribIndex.Value(cursor, name, value)) return;
+    if (!m_attribIndex.Value(TagCursor(start), name, value)) return;
     DecodeTextTo(value.text + value.tokenStart, value.TokenLength(), m_docFlags, out);
 }
 

@@ -38,14 +38,25 @@ struct PathQuery {
 bool ParsePath(PathQuery& query);
 
 /// What a caller hands to SpliceElement (element_splice.cpp).
-struct ElementSplice {
-    /// `buffer` holds the text, emptied here; an edit passes the engine's
-    /// scratch string so that its memory is reused from edit to edit.
-    explicit ElementSplice(WideString& buffer) : text(buffer) { text.clear(); }
+/// The text an edit splices in, built in the engine's scratch string so that
+/// its memory serves edit after edit: emptied when the edit takes it, and
+/// given back at the end of the edit if it has grown large.
+struct ScratchText {
+    explicit ScratchText(WideString& buffer) : text(buffer) { text.clear(); }
+    ~ScratchText() {
+        if (text.capacity() > 4096) WideString().swap(text);
+    }
+    ScratchText(const ScratchText&) = delete;
+    ScratchText& operator=(const ScratchText&) = delete;
+    WideString& text;
+};
+
+struct ElementSplice : ScratchText {
+    using ScratchText::ScratchText;
     int32_t start = 0;  // out: offset of the new text's element after the splice
     int32_t length = 0; // 0 throughout this library
     uint32_t flags = 0; // editing flags
-    WideString& text;   // in: the new text; out: the replacement that went in
+    // text, in: the new text; out: the replacement that went in
 };
 
 class XmlEngine {
@@ -138,6 +149,12 @@ class XmlEngine {
     /// an element's start tag, or behind the "<?" of a current processing
     /// instruction at the main position; -1 if there is neither.
     int32_t TagScanStart(int32_t index) const;
+    /// A cursor at `start`, a TagScanStart, with the attribute index set to
+    /// that tag: names are read one after another without rescanning it.
+    TokenCursor TagCursor(int32_t start) const {
+        m_attribIndex.Select(m_textGeneration, start);
+        return TokenCursor(m_docText.c_str(), m_docFlags, start);
+    }
 
     // --- Element editing (element_edit.cpp, element_splice.cpp, offsets.cpp)
     bool AddElement(const wchar* name, const wchar* value, uint32_t flags);
@@ -185,11 +202,7 @@ class XmlEngine {
     // names of the last tag read, valid for one count.
     uint64_t m_textGeneration = 1;
     mutable AttribIndex m_attribIndex;
-    // Scratch for the text an edit splices in; large buffers aren't kept.
-    WideString m_editText;
-    void ReleaseEditText() {
-        if (m_editText.capacity() > 4096) WideString().swap(m_editText);
-    }
+    WideString m_editText; // the scratch string behind ScratchText
 
   private:
     void GrowForRecord();
