@@ -40,19 +40,6 @@ TEST(ElementStore, GrowAddsAtMostOneSegmentPerCall) {
     }
 }
 
-TEST(ElementStore, GrowthAcrossTheSegmentBorderKeepsRecords) {
-    ElementStore store;
-    store.Grow(65000);
-    for (int32_t i = 0; i < 65000; ++i)
-        store.At(i).start = i * 3;
-    store.Grow(65000 + 65000 / 2);
-    store.Grow(200000);
-    for (int32_t i = 65000; i < store.Size(); ++i)
-        store.At(i).start = i * 3;
-    for (int32_t i = 0; i < store.Size(); ++i)
-        ASSERT_EQ(store.At(i).start, i * 3) << i;
-}
-
 TEST(ElementStore, ParseSizesTheStoreAndTakeRecordGrowsByHalf) {
     // 1,000 characters: 1000 / 64 + 8 = 23 records.
     std::u16string text = u"<r>" + std::u16string(990, u'x') + u"</r>" + u"   ";
@@ -89,17 +76,6 @@ TEST(ElementStore, DocumentAcrossTheSegmentBorder) {
     // Record 1 is r; record k > 1 is the (k - 2)th e.
     EXPECT_EQ(engine.Rec(65535).start, 3 + 4 * 65533);
     EXPECT_EQ(engine.Rec(65536).start, 3 + 4 * 65534);
-}
-
-TEST(ElementStore, FreedRecordsAreChainedAndNotReused) {
-    XmlEngine engine(u"<r><a/><b/></r>");
-    int32_t taken = engine.m_nextRecord;
-    engine.FreeRecord(2);
-    engine.FreeRecord(3);
-    EXPECT_EQ(engine.m_freedHead, 3);
-    EXPECT_EQ(engine.Rec(3).nextSibling, 2);
-    EXPECT_EQ(engine.Rec(3).levelFlags, uint32_t(ElemFreed));
-    EXPECT_EQ(engine.TakeRecord(), taken);
 }
 
 } // namespace
