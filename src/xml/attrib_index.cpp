@@ -6,6 +6,7 @@
 #include "xml/attrib_index.h"
 
 #include "xml/char_sets.h"
+#include "xml/run_search.h"
 
 namespace vetra::xml {
 
@@ -66,8 +67,7 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     const wchar quote = text[k];
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
-    while (text[k] != 0 && text[k] != quote)
-        ++k;
+    k = FindAny(text, k, quote, quote, quote);
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
@@ -87,12 +87,14 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
         from = NameEnd(text, from);
         counter = 0;
     }
-    Entry e;
+    // The entry is filled where it will stay: one built aside and copied in
+    // would be read back whole before its parts were stored.
+    Entry& e = m_names.emplace_back();
     switch (QuickScan(text, from, e)) {
     case Step::Found:
-        m_names.push_back(e);
         return true;
     case Step::End:
+        m_names.pop_back();
         m_complete = true;
         m_end = from; // in front of the whitespace before the tag's end
         return false;
@@ -103,6 +105,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     TokenCursor cursor = base;
     cursor.next = from;
     if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {
+        m_names.pop_back();
         m_complete = true;
         m_end = cursor.next;
         return false;
@@ -121,7 +124,6 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     e.valueNext = cursor.next;
     e.valueQuoted = cursor.flags & CursorQuoted;
     e.resume = cursor.tokenStart == e.start ? e.next : cursor.next; // no value: behind the name
-    m_names.push_back(e);
     return true;
 }
 
@@ -145,6 +147,10 @@ bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor&
             return false;
         }
         const Entry& e = m_names[k];
+        // Most names differ from the one asked for in their first character.
+        if (name != nullptr && e.end >= e.start && !base.IgnoreCase() &&
+            base.text[e.start] != name[0])
+            continue;
         out = base;
         out.tokenStart = e.start;
         out.tokenEnd = e.end;

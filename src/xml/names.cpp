@@ -4,6 +4,7 @@
 //
 // NodeName also answers for a position on a node that isn't an element,
 // which no exported operation can reach.
+#include "xml/wide_text.h"
 #include "xml/xml_engine.h"
 
 namespace vetra::xml {
@@ -12,10 +13,7 @@ namespace {
 
 void SetToken(const TokenCursor& cursor, WideString& out) {
     int32_t n = cursor.TokenLength();
-    if (n > 0)
-        out.assign(cursor.text + cursor.tokenStart, size_t(n));
-    else
-        out.clear();
+    SetUnits(out, cursor.text + cursor.tokenStart, n > 0 ? size_t(n) : 0);
 }
 
 } // namespace
@@ -32,7 +30,7 @@ int32_t XmlEngine::ElementNameSpan(int32_t index, const wchar*& name) const {
 void XmlEngine::ElementName(int32_t index, WideString& out) const {
     const wchar* name;
     const int32_t length = ElementNameSpan(index, name);
-    out.assign(name, size_t(length));
+    SetUnits(out, name, size_t(length));
 }
 
 void XmlEngine::NodeName(WideString& out) const {

@@ -6,6 +6,7 @@
 #include "xml/text_escape.h"
 
 #include "xml/run_search.h"
+#include "xml/wide_text.h"
 
 #include <string>
 
@@ -236,7 +237,7 @@ void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString&
     if (text == nullptr) return;
     size_t n = length < 0 ? std::char_traits<wchar>::length(text) : size_t(length);
     // Decoding never lengthens, except for a reference running past `length`.
-    out.reserve(out.size() + n);
+    ReserveMore(out, n);
     if ((flags & (DocTrimSpace | DocCollapseSpace)) == 0) {
         DecodePlain(text, n, out);
     } else {
@@ -258,7 +259,7 @@ WideString EncodeText(const wchar* text, uint32_t flags) {
 
 void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out) {
     size_t n = std::char_traits<wchar>::length(text);
-    out.reserve(out.size() + n + n / 10 + 7);
+    ReserveMore(out, n + n / 10 + 7);
     const uint64_t escaped = kMarkupBits | ((flags & EditAttribText) ? kQuoteBits : 0);
     const bool keepRefs = (flags & EditKeepRefs) != 0;
     size_t i = 0;
