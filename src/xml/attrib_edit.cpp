@@ -15,7 +15,7 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     if (start < 0) return false;
     bool onElement = index != 0 && m_nodeType == NodeElement;
     // The attribute index finds what ScanAttrib by name would find; the
-    // splice below makes it stale.
+    // splice below makes it stale, unless it adds a new attribute last.
     TokenCursor cursor;
 
     // The replacement is built in one string: its head, the encoded value
@@ -23,7 +23,8 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     ScratchText scratch(m_editText);
     WideString& replacement = scratch.text;
     int32_t position, count = 0;
-    if (m_attribIndex.Value(TagCursor(start), name, cursor)) {
+    const bool found = m_attribIndex.Value(TagCursor(start), name, cursor);
+    if (found) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.
             replacement += u"=\"";
@@ -49,6 +50,7 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     if (onElement && Rec(index).StartTagChars() + int64_t(delta) > ElementRecord::kStartTagMask)
         return false; // the start tag would outgrow its record field
     SpliceDoc(position, count, replacement);
+    if (!found) m_attribIndex.Appended(m_textGeneration, position);
     if (onElement) {
         ElementRecord& rec = Rec(index);
         rec.SetStartTagChars(rec.StartTagChars() + delta);

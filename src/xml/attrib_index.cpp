@@ -15,8 +15,22 @@ void AttribIndex::Select(uint64_t generation, int32_t tagNext) {
     m_generation = generation;
     m_tagNext = tagNext;
     m_complete = false;
+    m_quickEnd = false;
+    m_quickNames = true;
     m_end = -1;
     m_names.clear();
+}
+
+void AttribIndex::Appended(uint64_t generation, int32_t position) {
+    // The quick scan met the end of the tag at `position`, behind names it
+    // read without looking past their values: a scan of the new text takes
+    // the same steps up to there, and then reads the new attribute.
+    if (m_generation + 1 != generation || !m_quickEnd || !m_quickNames || position != m_end)
+        return; // stale, as after any other splice
+    m_generation = generation;
+    m_complete = false;
+    m_quickEnd = false;
+    m_end = -1;
 }
 
 namespace {
@@ -96,12 +110,14 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     case Step::End:
         m_names.pop_back();
         m_complete = true;
+        m_quickEnd = true;
         m_end = from; // in front of the whitespace before the tag's end
         return false;
     case Step::Unsure:
         break;
     }
 
+    m_quickNames = false;
     TokenCursor cursor = base;
     cursor.next = from;
     if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {

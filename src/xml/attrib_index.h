@@ -27,6 +27,13 @@ class AttribIndex {
     /// attribute belongs, as after a failed ScanAttrib.
     bool Value(const TokenCursor& base, const wchar* name, TokenCursor& out);
 
+    /// Keeps the index through a splice that put a new attribute at the end
+    /// of the tag it holds, at `position`, where a failed Value left `next`,
+    /// if a scan of the new text reads the same names up to there; the new
+    /// one is then read when asked for. Otherwise the index stays stale for
+    /// the new text `generation`, as after any splice.
+    void Appended(uint64_t generation, int32_t position);
+
   private:
     // A name as ScanAttrib leaves it, and what a search by that name then
     // finds behind it: its value, or the name itself if it has none.
@@ -45,7 +52,9 @@ class AttribIndex {
     uint64_t m_generation = 0; // 0 never matches: the engine counts from 1
     int32_t m_tagNext = -1;
     bool m_complete = false;
-    int32_t m_end = -1; // once complete: where the scan stopped
+    bool m_quickEnd = false;  // complete by the quick scan, at m_end
+    bool m_quickNames = true; // every name so far read by the quick scan
+    int32_t m_end = -1;      // once complete: where the scan stopped
     std::vector<Entry> m_names;
 };
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/doc_script.h"
+#include "xml/text_escape.h"
 #include "xml/token.h"
 #include "xml/xml_engine.h"
 
@@ -224,11 +225,28 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
                 }
             }
         }
-        // An edit of the tag makes the kept names stale.
-        e.WriteAttrib(e.m_mainIndex, u"z", u"1", 0);
-        TokenCursor fresh(e.m_docText.c_str(), 0, start);
-        EXPECT_EQ(e.AttribValue(e.m_mainIndex, u"z"),
-                  ScanAttrib(fresh, u"z", 0) ? TokenText(fresh) : u"");
+        // Edits of the tag: the index either goes stale or, for a new
+        // attribute added last, reads on into it; either way it must agree
+        // with a scan of the new text.
+        const char16_t* written[] = {u"z", u"a", u"b c", u"=", u"", u"y/", u"x"};
+        const char16_t* values[] = {u"1", u"", u"\"q'", u"a b", u"<&>"};
+        for (int edit = 0; edit < 3; ++edit) {
+            e.WriteAttrib(e.m_mainIndex, written[next(7)], values[next(5)], 0);
+            for (int32_t index = 0; index < 8; ++index) {
+                TokenCursor fresh(e.m_docText.c_str(), 0, start);
+                WideString expect = ScanAttrib(fresh, nullptr, index) ? TokenText(fresh) : u"";
+                ASSERT_EQ(e.AttribName(index), expect) << Show(e.m_docText) << " index " << index;
+            }
+            for (const char16_t* name : written) {
+                TokenCursor fresh(e.m_docText.c_str(), 0, start);
+                const WideString expect =
+                    ScanAttrib(fresh, name, 0)
+                        ? DecodeText(fresh.text + fresh.tokenStart, fresh.TokenLength(), 0)
+                        : u"";
+                ASSERT_EQ(e.AttribValue(e.m_mainIndex, name), expect)
+                    << Show(e.m_docText) << " " << Show(name);
+            }
+        }
     }
 }
 
