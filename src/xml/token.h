@@ -2,13 +2,14 @@
 // scan (NodeToken), and the scanner operations over them.
 //
 // The scanner never writes to the text and copies nothing but in TokenText.
-// ScanNode is in node_scanner.cpp; ScanWord, ScanAttrib and TokenEquals in
-// word_scanner.cpp.
+// ScanNode is in node_scanner.cpp; ScanWord and ScanAttrib in
+// word_scanner.cpp; TokenEquals, small and hot, is here.
 #ifndef VETRA_XML_TOKEN_H
 #define VETRA_XML_TOKEN_H
 
 #include <cstdint>
 
+#include "xml/char_sets.h"
 #include "xml/xml_types.h"
 
 namespace vetra::xml {
@@ -67,7 +68,16 @@ bool ScanAttribFrom(TokenCursor& cursor, const wchar* name, int32_t index, int32
 
 /// Does the token match `name`? The name may go on behind the token with a
 /// member of PathEndChars.
-bool TokenEquals(const TokenCursor& cursor, const wchar* name);
+inline bool TokenEquals(const TokenCursor& cursor, const wchar* name) {
+    const int32_t length = cursor.TokenLength();
+    if (name == nullptr || length < 0) return false;
+    // CompareNames stops at the first difference, and the token holds no NUL,
+    // so a name shorter than the token is never read past its end.
+    if (CompareNames(cursor.text + cursor.tokenStart, name, length, cursor.IgnoreCase()) != 0)
+        return false;
+    const wchar after = name[length];
+    return after == 0 || InSet(after, PathEndChars);
+}
 
 } // namespace vetra::xml
 

@@ -78,13 +78,6 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
     }
 }
 
-int32_t XmlEngine::TagScanStart(int32_t index) const {
-    if (index != 0 && m_nodeType == NodeElement) return Rec(index).start + 1;
-    if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
-        return m_nodeOffset + 2;
-    return -1;
-}
-
 void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) const {
     out.clear();
     int32_t start = TagScanStart(index);

@@ -1,6 +1,6 @@
 // word_scanner.cpp - takes a start tag apart in place: ScanWord reads the next
-// word, ScanAttrib finds an attribute by name or index (or the place where a
-// new one belongs), and TokenEquals compares the token with a name.
+// word, and ScanAttrib finds an attribute by name or index (or the place where
+// a new one belongs).
 //
 // Nothing is copied or written, and no scan looks past the text's NUL. Tags
 // aren't validated here: whatever the node scanner accepted is taken apart.
@@ -8,17 +8,6 @@
 #include "xml/token.h"
 
 namespace vetra::xml {
-
-bool TokenEquals(const TokenCursor& cursor, const wchar* name) {
-    const int32_t length = cursor.TokenLength();
-    if (name == nullptr || length < 0) return false;
-    // CompareNames stops at the first difference, and the token holds no NUL,
-    // so a name shorter than the token is never read past its end.
-    if (CompareNames(cursor.text + cursor.tokenStart, name, length, cursor.IgnoreCase()) != 0)
-        return false;
-    const wchar after = name[length];
-    return after == 0 || InSet(after, PathEndChars);
-}
 
 bool ScanWord(TokenCursor& cursor) {
     const wchar* text = cursor.text;

@@ -148,7 +148,12 @@ class XmlEngine {
     /// Where a scan of the attributes at `index` starts: behind the '<' of
     /// an element's start tag, or behind the "<?" of a current processing
     /// instruction at the main position; -1 if there is neither.
-    int32_t TagScanStart(int32_t index) const;
+    int32_t TagScanStart(int32_t index) const {
+        if (index != 0 && m_nodeType == NodeElement) return Rec(index).start + 1;
+        if (index == m_mainIndex && m_nodeLength != 0 && m_nodeType == NodeProcessing)
+            return m_nodeOffset + 2;
+        return -1;
+    }
     /// A cursor at `start`, a TagScanStart, with the attribute index set to
     /// that tag: names are read one after another without rescanning it.
     TokenCursor TagCursor(int32_t start) const {
