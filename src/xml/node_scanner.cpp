@@ -233,7 +233,10 @@ int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
             ++i;
             if (run != NoRun) {
                 const int32_t from = i;
-                i = SkipRun(text, i, run);
+                // A quoted value runs to its quote, eight at a time.
+                i = run == DoubleRun   ? FindAny(text, i, u'"', u'"', u'"')
+                    : run == SingleRun ? FindAny(text, i, u'\'', u'\'', u'\'')
+                                       : SkipRun(text, i, run);
                 if (i != from) {
                     prev2 = i - from > 1 ? text[i - 2] : prev;
                     prev = text[i - 1];
