@@ -388,14 +388,18 @@ TEST(NodeScanner, QuickLoopsAgreeWithTheRules) {
             if (k == length) break;
         }
     }
-    // Longer texts at random, for tags with several attributes.
+    // Longer texts at random, for tags with several attributes and names
+    // that run across blocks of eight, with control characters, a tab and
+    // units above ASCII among them.
+    const char16_t wider[] = u"<>/=\"' a!aaaa\x01\t\u00E9\uFFFF";
+    const uint32_t wideLetters = 17;
     uint32_t state = 2024;
     for (int round = 0; round < 100000; ++round) {
         state = state * 1103515245 + 12345;
-        text.assign(7 + (state >> 16) % 12, u' ');
+        text.assign(7 + (state >> 16) % 30, u' ');
         for (char16_t& c : text) {
             state = state * 1103515245 + 12345;
-            c = alphabet[(state >> 16) % letters];
+            c = wider[(state >> 16) % wideLetters];
         }
         compare();
         if (testing::Test::HasFatalFailure()) return;
