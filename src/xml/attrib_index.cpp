@@ -6,7 +6,6 @@
 #include "xml/attrib_index.h"
 
 #include "xml/char_sets.h"
-#include "xml/run_search.h"
 
 namespace vetra::xml {
 
@@ -81,7 +80,8 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     const wchar quote = text[k];
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
-    k = FindAny(text, k, quote, quote, quote);
+    while (text[k] != 0 && text[k] != quote)
+        ++k;
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;

@@ -103,37 +103,6 @@ inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
     }
 }
 
-// SkipRun over a name, eight units at a time where SSE2 is there. A block is
-// searched for what may end a name: '/', '>', and every unit up to the space,
-// of which all but the NUL and whitespace are passed over again.
-VETRA_NO_ASAN inline int32_t SkipName(const wchar* text, int32_t i) {
-#if defined(VETRA_RUN_SEARCH_SSE2)
-    const __m128i space = _mm_set1_epi16(0x20);
-    const __m128i slash = _mm_set1_epi16(short(u'/'));
-    const __m128i greater = _mm_set1_epi16(short(u'>'));
-    for (;;) {
-        const auto at = reinterpret_cast<uintptr_t>(text + i);
-        const unsigned skipped = unsigned(at & 15);
-        auto block = reinterpret_cast<const __m128i*>(at - skipped);
-        unsigned mask = 0xFFFFu << skipped; // hits in front of i don't count
-        for (;; ++block) {
-            const __m128i v = _mm_load_si128(block);
-            const __m128i low = _mm_cmpeq_epi16(_mm_subs_epu16(v, space), _mm_setzero_si128());
-            mask &= unsigned(_mm_movemask_epi8(_mm_or_si128(
-                low, _mm_or_si128(_mm_cmpeq_epi16(v, slash), _mm_cmpeq_epi16(v, greater)))));
-            if (mask != 0) break;
-            mask = 0xFFFFu;
-        }
-        const auto found = reinterpret_cast<const char*>(block) + __builtin_ctz(mask);
-        i = int32_t((found - reinterpret_cast<const char*>(text)) / 2);
-        if ((kRunEnds.v[text[i]] & NameRun) != 0) return i;
-        ++i; // a control character, which a name may hold
-    }
-#else
-    return SkipRun(text, i, NameRun);
-#endif
-}
-
 // The run in a start tag behind its name, by the quote state: a table over
 // the four bits from ScanInSingle to ScanInBare, of which at most one is set.
 constexpr uint32_t QuoteShift = 6;
@@ -250,7 +219,7 @@ int32_t QuickText(TokenCursor& cursor, NodeToken& node, int32_t i) {
 int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
     const wchar* text = cursor.text;
     const int32_t nameStart = i + 1;
-    i = SkipName(text, i + 2);
+    i = SkipRun(text, i + 2, NameRun);
     wchar c = text[i];
     if (c == 0) return kUnsure;
     const int32_t nameEnd = i - 1;
@@ -264,12 +233,7 @@ int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
             ++i;
             if (run != NoRun) {
                 const int32_t from = i;
-                // Runs that end at three characters or fewer are searched
-                // eight at a time.
-                i = run == TagRun      ? FindAny(text, i, u'=', u'>', u'>')
-                    : run == DoubleRun ? FindAny(text, i, u'"', u'"', u'"')
-                    : run == SingleRun ? FindAny(text, i, u'\'', u'\'', u'\'')
-                                       : SkipRun(text, i, run);
+                i = SkipRun(text, i, run);
                 if (i != from) {
                     prev2 = i - from > 1 ? text[i - 2] : prev;
                     prev = text[i - 1];
@@ -296,7 +260,7 @@ int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
 int32_t QuickEndTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
     const wchar* text = cursor.text;
     const int32_t nameStart = i + 2;
-    i = SkipName(text, nameStart);
+    i = SkipRun(text, nameStart, NameRun);
     const int32_t nameEnd = i - 1;
     if (text[i] == 0) return kUnsure;
     if (text[i] != u'>') i = SkipRun(text, i + 1, CloseRun);
