@@ -3,19 +3,23 @@
 # is missing (Debian packages), builds a Release tree, generates the corpus, runs
 # every (library, work, corpus) in a process of its own, prints the table and
 # writes bench/results/{results.csv,chart.png,machine.txt,edit_bench.txt,table.txt}.
-# Usage: bench/run.sh [--quick] [--runs N] [--size SIZE] [--build DIR]
+# Usage: bench/run.sh [--quick] [--runs N] [--rounds N] [--size SIZE] [--build DIR]
+# Every process runs N times in turn (--rounds, default 3), so that a disturbed
+# spell of the machine falls on all libraries alike; each row is the median of
+# all its warm runs.
 set -euo pipefail
 export PYTHONDONTWRITEBYTECODE=1
 cd "$(dirname "$0")/.."
 
-quick=0 runs=5 size=64M items=500000 build=build-bench
+quick=0 runs=5 rounds=3 size=64M items=500000 build=build-bench
 while [ $# -gt 0 ]; do
   case "$1" in
-    --quick) quick=1 runs=2 size=4M items=50000 ;; # results in BUILD/results-quick
+    --quick) quick=1 runs=2 rounds=1 size=4M items=50000 ;; # results in BUILD/results-quick
     --runs) runs=$2; shift ;;
+    --rounds) rounds=$2; shift ;;
     --size) size=$2; shift ;;
     --build) build=$2; shift ;;
-    *) echo "usage: bench/run.sh [--quick] [--runs N] [--size SIZE] [--build DIR]" >&2; exit 2 ;;
+    *) echo "usage: bench/run.sh [--quick] [--runs N] [--rounds N] [--size SIZE] [--build DIR]" >&2; exit 2 ;;
   esac
   shift
 done
@@ -49,7 +53,7 @@ mkdir -p "$results" "$out" "$corpus_dir"
   echo "compiler: $(g++ --version | head -1), -O2 for vetra, the bench and rapidxml"
   echo "peers:    $(for p in libpugixml-dev librapidxml-dev libtinyxml2-dev libxml2-dev; do
     echo "$p $(dpkg-query -W -f='${Version}' "$p")"; done | paste -sd ';' | sed 's/;/; /g')"
-  echo "mode:     runs=$runs corpus=$size build-items=$items$([ $quick = 1 ] && echo ' (quick)')"
+  echo "mode:     runs=$runs rounds=$rounds corpus=$size build-items=$items$([ $quick = 1 ] && echo ' (quick)')"
   echo "load:     $(cut -d' ' -f1-3 /proc/loadavg) at the start (others' work skews wall times)"
 } | tee "$results/machine.txt"
 
@@ -77,21 +81,28 @@ done
 # --- runs: one process per library, work and corpus ----------------------------
 raw=$out/raw.csv
 : > "$raw"
+# Each process stays on the last core: a move between cores mid-run, on this
+# kind of machine, costs more than the differences being measured.
+pin=()
+if command -v taskset >/dev/null; then pin=(taskset -c "$(($(nproc) - 1))"); fi
 run() {
   printf '   %-10s %-8s %s\n' "$1" "$2" "${3:-}" >&2
-  "$bin/xml_bench" "$@" --runs "$runs" >> "$raw"
+  "${pin[@]}" "$bin/xml_bench" "$@" --runs "$runs" >> "$raw"
 }
 echo "== xml_bench"
-for corpus in "${corpora[@]}"; do
-  for lib in vetra vetra-utf8 pugixml rapidxml tinyxml2 libxml2; do run "$lib" parse "$corpus"; done
-  for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" walk "$corpus"; done
+for round in $(seq "$rounds"); do
+  echo "   round $round of $rounds" >&2
+  for corpus in "${corpora[@]}"; do
+    for lib in vetra vetra-utf8 pugixml rapidxml tinyxml2 libxml2; do run "$lib" parse "$corpus"; done
+    for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" walk "$corpus"; done
+  done
+  for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" build --items "$items"; done
 done
-for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" build --items "$items"; done
 for lib in vetra pugixml; do run "$lib" scaling "$catalog"; done
 
 echo "== edit_bench"
 min_time=0.5; [ $quick = 1 ] && min_time=0.02
-"$bin/edit_bench" --benchmark_min_time=$min_time --benchmark_counters_tabular=true \
+"${pin[@]}" "$bin/edit_bench" --benchmark_min_time=$min_time --benchmark_counters_tabular=true \
   | tee "$results/edit_bench.txt"
 
 echo "load:     $(cut -d' ' -f1-3 /proc/loadavg) at the end" | tee -a "$results/machine.txt"
