@@ -5,6 +5,7 @@
 // gets the new value, always in double quotes. New attributes stand last,
 // before any whitespace that precedes the end of the tag.
 #include "xml/text_escape.h"
+#include "xml/wide_text.h"
 #include "xml/xml_engine.h"
 
 namespace vetra::xml {
@@ -27,7 +28,7 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     if (found) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.
-            replacement += u"=\"";
+            AppendShort(replacement, u"=\"");
             position = cursor.tokenEnd + 1;
         } else {
             // The old value goes, with its quotes if it had any.
@@ -40,7 +41,7 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
         size_t nameLength = std::char_traits<wchar>::length(name);
         replacement += u' ';
         replacement.append(name, nameLength);
-        replacement += u"=\"";
+        AppendShort(replacement, u"=\"");
         position = cursor.next;
     }
     EncodeTextTo(value, flags | EditAttribText, replacement);

@@ -5,6 +5,7 @@
 // parent, shifted to its place in the text, and linked in; the document
 // is never re-parsed.
 #include "xml/text_escape.h"
+#include "xml/wide_text.h"
 #include "xml/xml_engine.h"
 
 namespace vetra::xml {
@@ -37,16 +38,18 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     splice.flags = flags;
     int32_t length, startTag, endTag = 0;
     if (!hasValue) {
-        const wchar* close = (flags & EditNoEndTag)      ? u">"
-                             : (flags & EditSpacedSlash) ? u" />"
-                                                         : u"/>";
-        splice.text.reserve(nameLength + 6);
+        ReserveMore(splice.text, nameLength + 6);
         splice.text += u'<';
         splice.text.append(name, nameLength);
-        splice.text += close;
+        if (flags & EditNoEndTag)
+            splice.text += u'>';
+        else if (flags & EditSpacedSlash)
+            AppendShort(splice.text, u" />");
+        else
+            AppendShort(splice.text, u"/>");
         length = startTag = int32_t(splice.text.size());
     } else {
-        splice.text.reserve(2 * nameLength + 7);
+        ReserveMore(splice.text, 2 * nameLength + 7);
         splice.text += u'<';
         splice.text.append(name, nameLength);
         splice.text += u'>';
@@ -54,7 +57,7 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
             splice.text += EncodeCData(value);
         else
             EncodeTextTo(value, flags, splice.text);
-        splice.text += u"</";
+        AppendShort(splice.text, u"</");
         splice.text.append(name, nameLength);
         splice.text += u'>';
         length = int32_t(splice.text.size());

@@ -5,6 +5,7 @@
 // new element, and around it when the parent has to be opened. Records are
 // left to the caller, apart from the parent's tag lengths when it opens.
 #include "xml/char_sets.h"
+#include "xml/wide_text.h"
 #include "xml/xml_engine.h"
 
 namespace vetra::xml {
@@ -54,7 +55,7 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
 
     if (lineEnds) {
         if (emptyParent || hollowParent) at += 2; // the line end before the new element
-        splice.text += u"\r\n";
+        AppendShort(splice.text, u"\r\n");
     }
     splice.start = at;
 
@@ -65,7 +66,7 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
         const wchar* name;
         const int32_t nameLength = ElementNameSpan(parent, name); // in the text, unchanged yet
         splice.text.insert(0, lineEnds ? u">\r\n" : u">");
-        splice.text += u"</";
+        AppendShort(splice.text, u"</");
         splice.text.append(name, size_t(nameLength));
         if (p.Has(ElemUnended)) {
             position = p.start + p.length - 1;

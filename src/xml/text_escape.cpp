@@ -1,6 +1,6 @@
 // text_escape.cpp - DecodeText, EncodeText, EncodeCData and FormatNode.
 //
-// Both directions reserve their output once and append whole runs between
+// Decoding reserves its output once; both directions append whole runs between
 // the characters that need attention. Decoding a reference allocates nothing:
 // its name goes to a small stack buffer and the table rows are read in place.
 #include "xml/text_escape.h"
@@ -258,17 +258,17 @@ WideString EncodeText(const wchar* text, uint32_t flags) {
 }
 
 void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out) {
-    size_t n = std::char_traits<wchar>::length(text);
-    ReserveMore(out, n + n / 10 + 7);
-    const uint64_t escaped = kMarkupBits | ((flags & EditAttribText) ? kQuoteBits : 0);
+    // One pass: the NUL ends the last run like a character to escape.
+    const uint64_t escaped =
+        kMarkupBits | Bit(0) | ((flags & EditAttribText) ? kQuoteBits : 0);
     const bool keepRefs = (flags & EditKeepRefs) != 0;
     size_t i = 0;
     for (;;) {
         size_t end = i;
-        while (end < n && !InBits(text[end], escaped))
+        while (!InBits(text[end], escaped))
             ++end;
         out.append(text + i, end - i);
-        if (end == n) break;
+        if (text[end] == 0) break;
         if (keepRefs && text[end] == '&') {
             if (size_t kept = KeptReferenceLength(text + end)) {
                 out.append(text + end, kept);

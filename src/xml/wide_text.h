@@ -21,6 +21,14 @@ inline void SetUnits(WideString& out, const wchar* p, std::size_t n) {
     out.append(p, n);
 }
 
+/// Appends a literal of a few units one by one, which costs less than the
+/// call to copy them.
+template <std::size_t N> inline void AppendShort(WideString& s, const wchar (&literal)[N]) {
+    static_assert(N <= 5, "for short literals");
+    for (std::size_t i = 0; i + 1 < N; ++i)
+        s.push_back(literal[i]);
+}
+
 } // namespace vetra::xml
 
 #endif // VETRA_XML_WIDE_TEXT_H
