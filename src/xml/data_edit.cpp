@@ -20,10 +20,10 @@ bool XmlEngine::WriteData(int32_t index, const wchar* text, uint32_t flags) {
         return true;
     }
     if (index == 0 || Rec(index).firstChild != 0) return false;
-    if (!EndTagFits(index)) return false;
-
     ElementSplice splice(m_editText);
     splice.flags = EditNoLineEnds | EditReplaceContent;
+    if (!EndTagFits(index, splice)) return false;
+
     if (flags & EditCData)
         splice.text = EncodeCData(text);
     else

@@ -10,14 +10,14 @@
 
 namespace vetra::xml {
 
-bool XmlEngine::EndTagFits(int32_t parent) const {
+bool XmlEngine::EndTagFits(int32_t parent, ElementSplice& splice) const {
     // Opening an empty parent writes its end tag; a name too long for the
     // record's end-tag field can't be described, so such an edit is refused.
     if (parent == 0) return true;
     const ElementRecord& p = Rec(parent);
     if (p.StartTagChars() != p.length) return true;
-    const wchar* name;
-    return ElementNameSpan(parent, name) + 3 <= int32_t(ElementRecord::kEndTagMax);
+    splice.parentNameLength = ElementNameSpan(parent, splice.parentName);
+    return splice.parentNameLength + 3 <= int32_t(ElementRecord::kEndTagMax);
 }
 
 bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags) {
@@ -29,13 +29,13 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
     int32_t parent = (flags & EditChild) ? m_mainIndex : m_parentIndex;
     int32_t reference = (flags & EditChild) ? m_childIndex : m_mainIndex;
     size_t nameLength = std::char_traits<wchar>::length(name);
-    // Tags whose lengths the record fields can't hold are refused.
-    if (nameLength + 3 > ElementRecord::kStartTagMask ||
-        (hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent))
-        return false;
-
     ElementSplice splice(m_editText);
     splice.flags = flags;
+    // Tags whose lengths the record fields can't hold are refused.
+    if (nameLength + 3 > ElementRecord::kStartTagMask ||
+        (hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent, splice))
+        return false;
+
     int32_t length, startTag, endTag = 0;
     if (!hasValue) {
         ReserveMore(splice.text, nameLength + 6);
@@ -101,7 +101,9 @@ bool XmlEngine::AddSubDocument(const wchar* text, uint32_t flags) {
         reference = m_childIndex;
         if (parent == 0) return false;
     }
-    if (!EndTagFits(parent)) return false;
+    ElementSplice splice(m_editText);
+    splice.flags = flags;
+    if (!EndTagFits(parent, splice)) return false;
 
     int32_t holder = TakeRecord();
     Rec(holder) = ElementRecord{};
@@ -114,8 +116,6 @@ bool XmlEngine::AddSubDocument(const wchar* text, uint32_t flags) {
     int32_t last = first != 0 ? Rec(first).prevSibling : 0;
     bool result = wellFormed;
 
-    ElementSplice splice(m_editText);
-    splice.flags = flags;
     int32_t subStart = 0;
     if (wellFormed) {
         // Only the elements are taken over: a declaration or whitespace

@@ -63,8 +63,10 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
     if (emptyParent) {
         // The parent's final '>' stays and closes the new end tag.
         ElementRecord& p = Rec(parent);
-        const wchar* name;
-        const int32_t nameLength = ElementNameSpan(parent, name); // in the text, unchanged yet
+        // The name as EndTagFits read it, in the text, which is unchanged yet.
+        const wchar* name = splice.parentName;
+        int32_t nameLength = splice.parentNameLength;
+        if (nameLength < 0) nameLength = ElementNameSpan(parent, name);
         splice.text.insert(0, lineEnds ? u">\r\n" : u">");
         AppendShort(splice.text, u"</");
         splice.text.append(name, size_t(nameLength));

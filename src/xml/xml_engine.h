@@ -57,6 +57,10 @@ struct ElementSplice : ScratchText {
     int32_t length = 0; // 0 throughout this library
     uint32_t flags = 0; // editing flags
     // text, in: the new text; out: the replacement that went in
+    // The name of an empty parent, which the splice writes into its new end
+    // tag, once EndTagFits has read it from the text: length -1 until then.
+    const wchar* parentName = nullptr;
+    int32_t parentNameLength = -1;
 };
 
 class XmlEngine {
@@ -175,7 +179,8 @@ class XmlEngine {
     void AdjustForText(int32_t parent, int32_t previous, int32_t delta);
     /// False when `parent` is an empty element whose end tag, once opened,
     /// would be too long for its record: edits that would open it refuse.
-    bool EndTagFits(int32_t parent) const;
+    /// The name it reads is kept in `splice` for SpliceElement.
+    bool EndTagFits(int32_t parent, ElementSplice& splice) const;
 
     // --- Attribute and data editing (attrib_edit.cpp, data_edit.cpp) -------
     bool WriteAttrib(int32_t index, const wchar* name, const wchar* value, uint32_t flags);
