@@ -54,7 +54,7 @@ class AttribIndex {
     bool m_complete = false;
     bool m_quickEnd = false;  // complete by the quick scan, at m_end
     bool m_quickNames = true; // every name so far read by the quick scan
-    int32_t m_end = -1;      // once complete: where the scan stopped
+    int32_t m_end = -1;       // once complete: where the scan stopped
     std::vector<Entry> m_names;
 };
 

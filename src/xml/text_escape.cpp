@@ -259,8 +259,7 @@ WideString EncodeText(const wchar* text, uint32_t flags) {
 
 void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out) {
     // One pass: the NUL ends the last run like a character to escape.
-    const uint64_t escaped =
-        kMarkupBits | Bit(0) | ((flags & EditAttribText) ? kQuoteBits : 0);
+    const uint64_t escaped = kMarkupBits | Bit(0) | ((flags & EditAttribText) ? kQuoteBits : 0);
     const bool keepRefs = (flags & EditKeepRefs) != 0;
     size_t i = 0;
     for (;;) {
