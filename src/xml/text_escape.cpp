@@ -27,7 +27,8 @@ constexpr uint64_t kQuoteBits = Bit('"') | Bit('\'');
 
 // One test for membership of a set of characters below 64.
 inline bool InBits(wchar c, uint64_t bits) {
-    return c < 64 && ((bits >> c) & 1) != 0;
+    // Without a branch: in text, characters below 64 and above come mixed.
+    return ((bits >> (c & 63)) & uint64_t(c < 64)) != 0;
 }
 
 inline bool IsAsciiLetter(wchar c) {
