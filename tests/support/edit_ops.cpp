@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "support/record_check.h"
+#include "xml/text_escape.h"
 
 namespace vetra::test {
 
@@ -186,6 +187,26 @@ std::string CompareWithReparse(const XmlEngine& engine, bool compareLevels) {
               << x.level << "/" << y.level;
             return s.str();
         }
+    }
+    return std::string();
+}
+
+std::string CompareAttributes(XmlEngine& engine) {
+    if (engine.m_mainIndex == 0 || engine.m_nodeType != NodeElement) return std::string();
+    const int32_t start = engine.Rec(engine.m_mainIndex).start + 1;
+    const wchar* text = engine.m_docText.c_str();
+    for (int32_t index = 0; index < 8; ++index) {
+        TokenCursor byIndex(text, engine.m_docFlags, start);
+        const bool exists = ScanAttrib(byIndex, nullptr, index);
+        const WideString name = exists ? TokenText(byIndex) : WideString();
+        if (engine.AttribName(index) != name) return "name " + std::to_string(index);
+        if (!exists) break;
+        TokenCursor byName(text, engine.m_docFlags, start);
+        WideString value;
+        if (ScanAttrib(byName, name.c_str(), 0))
+            value = DecodeText(text + byName.tokenStart, byName.TokenLength(), engine.m_docFlags);
+        if (engine.AttribValue(engine.m_mainIndex, name.c_str()) != value)
+            return "value " + std::to_string(index);
     }
     return std::string();
 }

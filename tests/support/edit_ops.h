@@ -70,6 +70,11 @@ std::string RandomStep(xml::XmlEngine& engine, ChoiceSource& choices, bool anyFr
 /// well-formed doesn't renumber them.
 std::string CompareWithReparse(const xml::XmlEngine& engine, bool compareLevels = true);
 
+/// Empty if the attributes of the main element, read through the engine (and
+/// so through the names it keeps of the last tag read), are what a scan of
+/// the text from the tag's start finds; else the first that differs.
+std::string CompareAttributes(xml::XmlEngine& engine);
+
 } // namespace vetra::test
 
 #endif // VETRA_TESTS_EDIT_OPS_H

@@ -1,6 +1,7 @@
 // Property test of editing: random operation sequences on random documents.
-// After every step the records satisfy every invariant, and whenever the
-// text is well-formed they describe the same tree as a fresh parse of it.
+// After every step the main element's attributes read as a scan of the text
+// finds them, the records satisfy every invariant, and whenever the text is
+// well-formed they describe the same tree as a fresh parse of it.
 //
 // Seeds are fixed, so a failure names its seed and step. For longer runs:
 //   tools/property.sh 50000
@@ -31,7 +32,8 @@ TEST(EditProperty, RecordsStayTrueThroughRandomEdits) {
         const bool exactLevels = CheckRecords(engine, {true}).empty();
         for (int step = 0; step < 60; ++step) {
             std::string op = RandomStep(engine, choices);
-            std::string problem = CheckRecords(engine);
+            std::string problem = CompareAttributes(engine);
+            if (problem.empty()) problem = CheckRecords(engine);
             if (problem.empty()) problem = CompareWithReparse(engine, exactLevels);
             ASSERT_EQ(problem, "") << "seed " << seed << " step " << step << " (" << op << ")";
         }
