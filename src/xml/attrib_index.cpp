@@ -143,23 +143,39 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     return true;
 }
 
+namespace {
+
+// `out` as `base` with the given token. Every field is set on its own: the
+// engine builds `base` just before the call, and a whole copy of it would be
+// read back in wider pieces than it was written, which the processor can't
+// forward from its stores.
+void SetToken(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t end,
+              int32_t next) {
+    out.tokenStart = start;
+    out.tokenEnd = end;
+    out.next = next;
+    out.text = base.text;
+    out.flags = base.flags;
+    out.matchOrigin = base.matchOrigin;
+    out.matchGap = base.matchGap;
+    out.stream = base.stream;
+}
+
+} // namespace
+
 bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out) {
     if (index < 0) return false;
     while (int32_t(m_names.size()) <= index)
         if (!ScanOn(base)) return false;
     const Entry& e = m_names[size_t(index)];
-    out = base;
-    out.tokenStart = e.start;
-    out.tokenEnd = e.end;
-    out.next = e.next;
+    SetToken(out, base, e.start, e.end, e.next);
     return true;
 }
 
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(base)) {
-            out = base;
-            out.next = m_end;
+            SetToken(out, base, base.tokenStart, base.tokenEnd, m_end);
             return false;
         }
         const Entry& e = m_names[k];
@@ -167,13 +183,9 @@ bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor&
         if (name != nullptr && e.end >= e.start && !base.IgnoreCase() &&
             base.text[e.start] != name[0])
             continue;
-        out = base;
-        out.tokenStart = e.start;
-        out.tokenEnd = e.end;
-        if (!TokenEquals(out, name)) continue;
-        out.tokenStart = e.valueStart;
-        out.tokenEnd = e.valueEnd;
-        out.next = e.valueNext;
+        if (!TokenEquals(base.text + e.start, e.end - e.start + 1, name, base.IgnoreCase()))
+            continue;
+        SetToken(out, base, e.valueStart, e.valueEnd, e.valueNext);
         out.flags = (base.flags & ~CursorQuoted) | e.valueQuoted;
         out.matchOrigin = e.origin;
         out.matchGap = e.start - e.origin;

@@ -68,15 +68,17 @@ bool ScanAttribFrom(TokenCursor& cursor, const wchar* name, int32_t index, int32
 
 /// Does the token match `name`? The name may go on behind the token with a
 /// member of PathEndChars.
-inline bool TokenEquals(const TokenCursor& cursor, const wchar* name) {
-    const int32_t length = cursor.TokenLength();
+inline bool TokenEquals(const wchar* token, int32_t length, const wchar* name, bool ignoreCase) {
     if (name == nullptr || length < 0) return false;
     // CompareNames stops at the first difference, and the token holds no NUL,
     // so a name shorter than the token is never read past its end.
-    if (CompareNames(cursor.text + cursor.tokenStart, name, length, cursor.IgnoreCase()) != 0)
-        return false;
+    if (CompareNames(token, name, length, ignoreCase) != 0) return false;
     const wchar after = name[length];
     return after == 0 || InSet(after, PathEndChars);
+}
+inline bool TokenEquals(const TokenCursor& cursor, const wchar* name) {
+    return TokenEquals(cursor.text + cursor.tokenStart, cursor.TokenLength(), name,
+                       cursor.IgnoreCase());
 }
 
 } // namespace vetra::xml
