@@ -18,7 +18,6 @@
 namespace vetra::platform::utf8 {
 namespace {
 
-constexpr uint64_t kAnyUnitAboveAscii = 0xFF80FF80FF80FF80u;
 constexpr char16_t kReplacement = 0xFFFD;
 
 inline uint64_t Load64(const void* p) {
@@ -83,6 +82,24 @@ size_t DecodeUnits(const unsigned char* s, size_t n, char16_t* out, size_t capac
                 if (!room(1)) return kNoRoom;
                 put(s[i++]);
             }
+            continue;
+        }
+
+        // Well-formed two- and three-byte sequences, most of the text beyond ASCII, are
+        // taken at once; the leads whose second byte has a narrower range (E0, ED), and
+        // everything else, go through the checks below.
+        if (lead >= 0xC2 && lead <= 0xDF && n - i >= 2 && IsContinuation(s[i + 1])) {
+            if (!room(1)) return kNoRoom;
+            put(static_cast<char16_t>((lead & 0x1Fu) << 6 | (s[i + 1] & 0x3Fu)));
+            i += 2;
+            continue;
+        }
+        if (lead >= 0xE1 && lead <= 0xEF && lead != 0xED && n - i >= 3 &&
+            IsContinuation(s[i + 1]) && IsContinuation(s[i + 2])) {
+            if (!room(1)) return kNoRoom;
+            put(static_cast<char16_t>((lead & 0x0Fu) << 12 | (s[i + 1] & 0x3Fu) << 6 |
+                                      (s[i + 2] & 0x3Fu)));
+            i += 3;
             continue;
         }
 
@@ -151,6 +168,16 @@ size_t EncodeBytes(const char16_t* t, size_t n, char* out, size_t capacity, bool
         uint32_t c = t[i];
         if (c < 0x80) {
             while (n - i >= 8 && room(8)) {
+#if defined(VETRA_UTF8_SSE2)
+                // Eight units tested and narrowed in registers.
+                const __m128i window = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + i));
+                const __m128i high = _mm_and_si128(window, _mm_set1_epi16(short(0xFF80)));
+                if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) != 0xFFFF) break;
+                if constexpr (kWrite)
+                    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + o),
+                                     _mm_packus_epi16(window, window));
+#else
+                constexpr uint64_t kAnyUnitAboveAscii = 0xFF80FF80FF80FF80u;
                 char16_t window[8];
                 std::memcpy(window, t + i, sizeof window);
                 if ((Load64(window) | Load64(window + 4)) & kAnyUnitAboveAscii) break;
@@ -158,6 +185,7 @@ size_t EncodeBytes(const char16_t* t, size_t n, char* out, size_t capacity, bool
                     for (size_t k = 0; k < 8; ++k)
                         out[o + k] = static_cast<char>(window[k]);
                 }
+#endif
                 i += 8;
                 o += 8;
             }
