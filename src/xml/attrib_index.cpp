@@ -149,7 +149,7 @@ namespace {
 // engine builds `base` just before the call, and a whole copy of it would be
 // read back in wider pieces than it was written, which the processor can't
 // forward from its stores.
-void SetToken(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t end, int32_t next) {
+void SetCursor(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t end, int32_t next) {
     out.tokenStart = start;
     out.tokenEnd = end;
     out.next = next;
@@ -167,24 +167,20 @@ bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out)
     while (int32_t(m_names.size()) <= index)
         if (!ScanOn(base)) return false;
     const Entry& e = m_names[size_t(index)];
-    SetToken(out, base, e.start, e.end, e.next);
+    SetCursor(out, base, e.start, e.end, e.next);
     return true;
 }
 
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(base)) {
-            SetToken(out, base, base.tokenStart, base.tokenEnd, m_end);
+            SetCursor(out, base, base.tokenStart, base.tokenEnd, m_end);
             return false;
         }
         const Entry& e = m_names[k];
-        // Most names differ from the one asked for in their first character.
-        if (name != nullptr && e.end >= e.start && !base.IgnoreCase() &&
-            base.text[e.start] != name[0])
-            continue;
         if (!TokenEquals(base.text + e.start, e.end - e.start + 1, name, base.IgnoreCase()))
             continue;
-        SetToken(out, base, e.valueStart, e.valueEnd, e.valueNext);
+        SetCursor(out, base, e.valueStart, e.valueEnd, e.valueNext);
         out.flags = (base.flags & ~CursorQuoted) | e.valueQuoted;
         out.matchOrigin = e.origin;
         out.matchGap = e.start - e.origin;

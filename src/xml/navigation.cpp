@@ -25,9 +25,8 @@ int32_t XmlEngine::FindSibling(int32_t parent, int32_t after, const PathQuery& q
 namespace {
 
 PathQuery MakeQuery(const wchar* path) {
-    PathQuery query; // no path: any next element
+    PathQuery query;
     query.text = path;
-    if (path == nullptr || path[0] == 0) return query;
     if (!ParsePath(query)) query.kind = PathQuery::PathInvalid;
     return query;
 }

@@ -70,6 +70,8 @@ bool ScanAttribFrom(TokenCursor& cursor, const wchar* name, int32_t index, int32
 /// member of PathEndChars.
 inline bool TokenEquals(const wchar* token, int32_t length, const wchar* name, bool ignoreCase) {
     if (name == nullptr || length < 0) return false;
+    // Most names that differ do so in their first unit.
+    if (length > 0 && !ignoreCase && token[0] != name[0]) return false;
     // CompareNames stops at the first difference, and the token holds no NUL,
     // so a name shorter than the token is never read past its end.
     if (CompareNames(token, name, length, ignoreCase) != 0) return false;
