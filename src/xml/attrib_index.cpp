@@ -149,7 +149,8 @@ namespace {
 // engine builds `base` just before the call, and a whole copy of it would be
 // read back in wider pieces than it was written, which the processor can't
 // forward from its stores.
-void SetCursor(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t end, int32_t next) {
+void SetCursor(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t end,
+               int32_t next) {
     out.tokenStart = start;
     out.tokenEnd = end;
     out.next = next;
