@@ -46,12 +46,13 @@ TEST(CharSets, WhatCanBeginAName) {
     }
 }
 
-TEST(CharSets, CompareNamesFoldsOnlyUntilAnIdenticalNonAscii) {
+TEST(CharSets, CompareNames) {
     const struct {
         const char16_t* a;
         const char16_t* b;
         bool ignoreCase;
         bool equal;
+        int32_t count = -1; // characters compared; -1: all of `a`
     } cases[] = {
         {u"abc", u"ABC", true, true},
         {u"abc", u"ABC", false, false},
@@ -70,18 +71,16 @@ TEST(CharSets, CompareNamesFoldsOnlyUntilAnIdenticalNonAscii) {
         {u"\u00E9\u4E00", u"\u00E9\u4E00", true, true},
         {u"x", u"y", true, false},
         {u"", u"", true, true},
+        // Exactly `count` characters are looked at.
+        {u"x", u"y", false, true, 0},
+        {u"abX", u"abY", false, true, 2},
+        {u"abX", u"ABY", true, true, 2},
     };
     for (const auto& c : cases) {
-        int32_t n = int32_t(std::char_traits<char16_t>::length(c.a));
+        int32_t n = c.count >= 0 ? c.count : int32_t(std::char_traits<char16_t>::length(c.a));
         EXPECT_EQ(CompareNames(c.a, c.b, n, c.ignoreCase) == 0, c.equal)
             << int(c.ignoreCase) << " " << n;
     }
-}
-
-TEST(CharSets, CompareNamesLooksAtExactlyCountCharacters) {
-    EXPECT_EQ(CompareNames(u"x", u"y", 0, false), 0);
-    EXPECT_EQ(CompareNames(u"abX", u"abY", 2, false), 0);
-    EXPECT_EQ(CompareNames(u"abX", u"ABY", 2, true), 0);
 }
 
 } // namespace

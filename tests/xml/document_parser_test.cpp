@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "support/record_check.h"
-#include "xml/open_element_stack.h"
 #include "xml/xml_engine.h"
 
 using namespace vetra::xml;
@@ -93,14 +92,6 @@ TEST(DocumentParser, RecordsOfEachText) {
     }
 }
 
-TEST(DocumentParser, SingleChildClosesItsOwnRing) {
-    XmlEngine engine(u"<r><a/></r>");
-    const ElementRecord& a = engine.Rec(engine.Rec(1).firstChild);
-    EXPECT_EQ(a.prevSibling, 2);
-    EXPECT_EQ(a.nextSibling, 0);
-    EXPECT_TRUE(a.Has(ElemFirstSibling));
-}
-
 TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
     for (int depth : {10, 5000}) {
         std::u16string text;
@@ -118,11 +109,6 @@ TEST(DocumentParser, DeepNestingGrowsTheStackAndKeepsRecordsExact) {
             EXPECT_EQ(r.length, 7 * (depth - i + 1));
         }
     }
-    OpenElementStack stack;
-    for (int i = 0; i < 10; ++i)
-        stack.Push(u"e", 1);
-    EXPECT_EQ(stack.capacity, 14);
-    EXPECT_EQ(stack.depth, 10);
 }
 
 TEST(DocumentParser, UnendedElementsAtDepthCloseWithoutRecursion) {
