@@ -51,7 +51,7 @@ void LogResult(WideString& log, const wchar* key, const wchar* text, uint32_t fl
     else if (value != -1)
         entry.WriteAttrib(at, u"offset", Decimal(value).c_str(), 0);
     if (value2 != -1) entry.WriteAttrib(at, u"offset2", Decimal(value2).c_str(), 0);
-    log.swap(entry.m_docText);
+    log.assign(entry.m_docText.View());
 }
 
 } // namespace vetra::text

@@ -14,7 +14,7 @@ namespace vetra::xml {
 namespace {
 
 // Data of a current non-element node, by its type.
-void NodeData(const WideString& text, int32_t type, int32_t offset, int32_t length, uint32_t flags,
+void NodeData(const DocText& text, int32_t type, int32_t offset, int32_t length, uint32_t flags,
               WideString& out) {
     const wchar* p = text.c_str() + offset;
     auto raw = [&](int32_t skip, int32_t less) {

@@ -34,7 +34,7 @@ void XmlEngine::CopyFrom(const XmlEngine& other) {
     if (this == &other) return;
     // Copy into locals first, so that a failed allocation leaves this
     // engine as it was.
-    WideString text = other.m_docText;
+    DocText text = other.m_docText;
     WideString log = other.m_resultLog;
     ElementStore* store = new ElementStore;
     try {
@@ -70,7 +70,7 @@ bool XmlEngine::SetDocText(const wchar* text) {
         // assign() copes with a text that lies inside m_docText itself.
         m_docText.assign(text, size_t(FindAny(text, 0, 0, 0, 0)));
     } else {
-        WideString().swap(m_docText);
+        DocText().swap(m_docText);
         m_pStore->Release();
     }
     m_resultLog.clear();
@@ -78,7 +78,7 @@ bool XmlEngine::SetDocText(const wchar* text) {
     return ParseDocument();
 }
 
-bool XmlEngine::SetDocText(WideString&& text) {
+bool XmlEngine::SetDocText(DocText&& text) {
     if (m_docFlags & DocStreamModes) return false;
     m_docText = std::move(text);
     m_resultLog.clear();

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "xml/attrib_index.h"
+#include "xml/doc_text.h"
 #include "xml/element_store.h"
 #include "xml/token.h"
 #include "xml/xml_types.h"
@@ -80,7 +81,7 @@ class XmlEngine {
     /// well-formed.
     bool SetDocText(const wchar* text);
     /// As SetDocText, taking over `text` without copying it.
-    bool SetDocText(WideString&& text);
+    bool SetDocText(DocText&& text);
     /// Replaces `count` characters at `position`; the only way editing
     /// changes the text. Reserves half again plus 128 when it must grow.
     void SpliceDoc(int32_t position, int32_t count, const WideString& replacement);
@@ -193,7 +194,7 @@ class XmlEngine {
     void DiscardSavedPositions();
 
     // --- Fields, in the documented order -----------------------------------
-    WideString m_docText;                  // the document; record offsets count its units
+    DocText m_docText;                     // the document; record offsets count its units
     WideString m_resultLog;                // what parsing and file operations found
     int32_t m_parentIndex = 0;             // the position triple: parent,
     int32_t m_mainIndex = 0;               //   main element,

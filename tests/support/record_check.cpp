@@ -37,7 +37,7 @@ class Checker {
 
 bool Checker::CheckElement(int32_t i, int32_t parent) {
     const ElementRecord& r = engine.Rec(i);
-    const WideString& text = engine.m_docText;
+    const std::u16string_view text = engine.m_docText.View();
     if (r.Has(ElemFreed)) return Fail(i, "freed record is linked");
     if (r.parent != parent) return Fail(i, "parent link differs from the chain it is in");
     if (r.start < 0 || r.length < 0 || int64_t(r.start) + r.length > textLength)

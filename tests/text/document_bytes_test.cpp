@@ -27,11 +27,11 @@ TEST(DocumentBytes, ConvertsIntoTheDocumentAndParses) {
         XmlEngine engine(u"<old/>");
         EXPECT_EQ(SetDocBytes(engine, c.codePage, c.bytes, int32_t(std::strlen(c.bytes))),
                   c.result);
-        EXPECT_EQ(engine.m_docText, c.text);
+        EXPECT_EQ(engine.m_docText.View(), c.text);
     }
     XmlEngine engine(u"<old/>");
     EXPECT_FALSE(SetDocBytes(engine, 99999, "<a/>", 4)); // no such code page
-    EXPECT_EQ(engine.m_docText, u"");
+    EXPECT_EQ(engine.m_docText.View(), u"");
 }
 
 } // namespace

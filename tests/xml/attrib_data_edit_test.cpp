@@ -165,7 +165,7 @@ TEST(DataEdit, ClearsFaultInsideOnlyOnTheElement) {
     ASSERT_TRUE(e.WriteData(el, u"ok", 0));
     EXPECT_FALSE(e.Rec(el).Has(ElemFaultInside));
     EXPECT_TRUE(e.Rec(0).Has(ElemIllFormed));
-    EXPECT_EQ(e.m_docText, u"<r><e>ok</e></r>");
+    EXPECT_EQ(e.m_docText.View(), u"<r><e>ok</e></r>");
 }
 
 } // namespace

@@ -134,7 +134,7 @@ TEST(ElementEdit, RecordsAfterAddChildToEmptyElement) {
     d.ExpectSameAsReparse();
     // A second child takes the normal path before the end tag.
     ASSERT_TRUE(d.engine.AddElement(u"c", u"x", EditChild));
-    EXPECT_EQ(d.engine.m_docText, u"<a>\r\n<b/>\r\n<c>x</c>\r\n</a>\r\n");
+    EXPECT_EQ(d.engine.m_docText.View(), u"<a>\r\n<b/>\r\n<c>x</c>\r\n</a>\r\n");
     EXPECT_EQ(d.Check(), "");
     d.ExpectSameAsReparse();
 }
@@ -157,7 +157,7 @@ TEST(ElementEdit, RemovingFreesRecordsAndAddingTakesNewOnes) {
     EXPECT_EQ(freed, 1001);
     EXPECT_EQ(d.engine.m_childIndex, 0); // big was the first child
     EXPECT_EQ(d.Check(), "");
-    EXPECT_EQ(d.engine.m_docText, u"<r><after/></r>");
+    EXPECT_EQ(d.engine.m_docText.View(), u"<r><after/></r>");
     EXPECT_EQ(d.engine.FindChildElem(u"after"), 1);
     EXPECT_TRUE(d.engine.AddElement(u"n", nullptr, EditChild));
     EXPECT_EQ(d.engine.m_childIndex, taken);
@@ -181,11 +181,11 @@ TEST(ElementEdit, RemovingTheOnlyElementLeavesAnEmptyDocument) {
     Doc d(u"<a/>\r\n");
     d.engine.FindElem(nullptr);
     EXPECT_EQ(d.engine.RemoveElem(), 1);
-    EXPECT_EQ(d.engine.m_docText, u"");
+    EXPECT_EQ(d.engine.m_docText.View(), u"");
     EXPECT_EQ(d.engine.Rec(0).length, 0);
     EXPECT_EQ(d.engine.Rec(0).firstChild, 0);
     EXPECT_TRUE(d.engine.AddElement(u"new", nullptr, 0));
-    EXPECT_EQ(d.engine.m_docText, u"<new/>\r\n");
+    EXPECT_EQ(d.engine.m_docText.View(), u"<new/>\r\n");
     EXPECT_EQ(d.Check(), "");
 }
 
@@ -196,7 +196,7 @@ TEST(ElementEdit, SubDocumentsLinkEveryTopLevelElement) {
     d.engine.FindElem(u"first");
     // Inserted before a first child: the new first element takes the flag.
     EXPECT_FALSE(d.engine.AddSubDocument(u"<x><y>deep</y></x><p/><q/>", EditInsertBefore));
-    EXPECT_EQ(d.engine.m_docText, u"<r>\r\n<x><y>deep</y></x><p/><q/>\r\n<first/>\r\n</r>");
+    EXPECT_EQ(d.engine.m_docText.View(), u"<r>\r\n<x><y>deep</y></x><p/><q/>\r\n<first/>\r\n</r>");
     int32_t x = d.engine.m_mainIndex;
     EXPECT_TRUE(d.engine.Rec(x).Has(ElemFirstSibling));
     EXPECT_EQ(d.engine.ElementName(d.engine.Rec(x).nextSibling), u"p");

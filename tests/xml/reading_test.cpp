@@ -134,7 +134,7 @@ TEST(Reading, SubDocumentCarriesItsLineEnd) {
 TEST(Reading, NonElementNodePositionsAtEngineLevel) {
     // No exported operation moves to such a node; the engine answers anyway.
     XmlEngine e(u"<r>t&amp;<![CDATA[c]]><?pi a=\"1\"?><!--note--></x><!DOCTYPE dt></r>");
-    const WideString& text = e.m_docText;
+    const std::u16string_view text = e.m_docText.View();
     auto at = [&](const char16_t* piece) { return int32_t(text.find(piece)); };
     const struct {
         int32_t type;
@@ -235,7 +235,8 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
             for (int32_t index = 0; index < 8; ++index) {
                 TokenCursor fresh(e.m_docText.c_str(), 0, start);
                 WideString expect = ScanAttrib(fresh, nullptr, index) ? TokenText(fresh) : u"";
-                ASSERT_EQ(e.AttribName(index), expect) << Show(e.m_docText) << " index " << index;
+                ASSERT_EQ(e.AttribName(index), expect)
+                    << Show(WideString(e.m_docText.View())) << " index " << index;
             }
             for (const char16_t* name : written) {
                 TokenCursor fresh(e.m_docText.c_str(), 0, start);
@@ -244,7 +245,7 @@ TEST(Reading, AttributeIndexAgreesWithAFreshScan) {
                         ? DecodeText(fresh.text + fresh.tokenStart, fresh.TokenLength(), 0)
                         : u"";
                 ASSERT_EQ(e.AttribValue(e.m_mainIndex, name), expect)
-                    << Show(e.m_docText) << " " << Show(name);
+                    << Show(WideString(e.m_docText.View())) << " " << Show(name);
             }
         }
     }
