@@ -4,6 +4,9 @@
 Each (library, work, corpus) becomes one row: the median CPU time over its warm runs
 (run 0, the cold one, is shown apart; wall times go to the CSV only), the throughput,
 the ratio of its time to pugixml's for the same work and corpus, and the peak memory.
+The ratio is the median over the rounds of the ratio within each round: a library's
+process and pugixml's ran seconds apart there, so a slow spell of the machine that
+lasts a round or two moves both.
 Walks must report the same counts for every library, or this fails.
 Usage: summarize.py RAW_CSV RESULTS_DIR
 """
@@ -25,8 +28,30 @@ def load(path):
             if len(values) != len(FIELDS):
                 continue
             row = dict(zip(FIELDS, values))
-            groups.setdefault((row["lib"], row["work"], row["corpus"]), []).append(row)
+            runs = groups.setdefault((row["lib"], row["work"], row["corpus"]), [])
+            # A process numbers its runs from the start: a run number that
+            # doesn't go up starts the next round's process.
+            fresh = not runs or int(row["run"]) <= int(runs[-1]["run"])
+            row["round"] = (runs[-1]["round"] + fresh) if runs else 0
+            runs.append(row)
     return groups
+
+
+def round_medians(runs):
+    """The median warm time of each round's process, by round."""
+    by_round = OrderedDict()
+    for r in runs:
+        if r["run"] != "0":
+            by_round.setdefault(r["round"], []).append(float(r["seconds"]))
+    return {k: statistics.median(v) for k, v in by_round.items()}
+
+
+def paired_ratio(row, ref):
+    """The median over rounds of row's time / ref's time in the same round."""
+    mine, theirs = row["rounds"], ref["rounds"]
+    if mine.keys() != theirs.keys():  # rounds that don't pair up: the ratio of the medians
+        return row["median_s"] / ref["median_s"]
+    return statistics.median(mine[k] / theirs[k] for k in mine)
 
 
 def summarize(groups):
@@ -45,11 +70,12 @@ def summarize(groups):
             "chars": int(last["chars"]),
             "peak_rss_mib": int(last["peak_kib"]) / 1024,
             "doc_rss_mib": (int(last["peak_kib"]) - int(last["base_kib"])) / 1024,
+            "rounds": round_medians(runs),
         })
-    reference = {(r["work"], r["corpus"]): r["median_s"] for r in rows if r["lib"] == "pugixml"}
+    reference = {(r["work"], r["corpus"]): r for r in rows if r["lib"] == "pugixml"}
     for r in rows:
         ref = reference.get((r["work"], r["corpus"]))
-        r["ratio_to_pugixml"] = r["median_s"] / ref if ref else None
+        r["ratio_to_pugixml"] = paired_ratio(r, ref) if ref else None
         if r["work"] == "build":
             r["throughput"] = r["elements"] / r["median_s"] / 1e6
             r["unit"] = "Melem/s"

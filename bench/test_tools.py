@@ -85,6 +85,17 @@ class SummarizeTest(unittest.TestCase):
         self.assertEqual([r["lib"] for r in rows], ["vetra", "pugixml"])
         self.assertAlmostEqual(by_lib["pugixml"]["throughput"], 0.5)  # MB/s
 
+    def test_ratio_pairs_the_processes_of_each_round(self):
+        # Round 2 ran in a slow spell: 10x for both. The ratio of the medians
+        # over all runs would be 10/1 for vetra; within each round it is 2.
+        text = ""
+        for scale in (1.0, 10.0, 1.0):
+            text += (raw("vetra", "parse", "c", 0, 9.0) + raw("vetra", "parse", "c", 1, 2 * scale)
+                     + raw("pugixml", "parse", "c", 0, 9.0) + raw("pugixml", "parse", "c", 1, scale))
+        by_lib = {r["lib"]: r for r in summarize_text(text)}
+        self.assertEqual(by_lib["vetra"]["runs"], 3)
+        self.assertAlmostEqual(by_lib["vetra"]["ratio_to_pugixml"], 2.0)
+
     def test_scaling_rows_have_no_cold_run(self):
         rows = summarize_text(raw("vetra", "edit-end", "c", 1, 2e-7, bytes_=0)
                               + raw("vetra", "edit-end", "c", 2, 4e-7, bytes_=0))
