@@ -2,11 +2,10 @@
 // followed by a 0 unit.
 //
 // A std::u16string grows by allocating a fresh block and copying every unit
-// into it, and a large block is fresh memory that the system must clear page
-// by page as the copy touches it. This block grows with realloc instead:
-// in place where the heap has room, and by moving pages rather than units
-// once it is large. Building a large document by adding at its end spends
-// most of its time in that growth otherwise.
+// into it, so at its peak it holds the old block and the new one. This block
+// grows with realloc instead, which extends it in place where the heap has
+// room. A file's bytes are converted straight into it, with no zero-filling
+// first.
 //
 // The members that a string has are named as a string's are.
 #ifndef VETRA_XML_DOC_TEXT_H
