@@ -68,10 +68,6 @@ class DocText {
     std::size_t m_capacity = 0;
 };
 
-inline bool operator==(const DocText& a, std::u16string_view b) noexcept {
-    return a.View() == b;
-}
-
 } // namespace vetra::xml
 
 #endif // VETRA_XML_DOC_TEXT_H
