@@ -11,7 +11,7 @@
 namespace vetra::xml {
 
 DocText& DocText::operator=(const DocText& other) {
-    if (this != &other) assign(other.data(), other.size());
+    if (this != &other) assign(other.c_str(), other.size());
     return *this;
 }
 

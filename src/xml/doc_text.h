@@ -21,25 +21,19 @@ namespace vetra::xml {
 class DocText {
   public:
     DocText() noexcept = default;
-    DocText(const DocText& other) { assign(other.data(), other.size()); }
+    DocText(const DocText& other) { assign(other.c_str(), other.size()); }
     DocText(DocText&& other) noexcept { swap(other); }
     DocText& operator=(const DocText& other);
     DocText& operator=(DocText&& other) noexcept {
         DocText(static_cast<DocText&&>(other)).swap(*this);
         return *this;
     }
-    DocText& operator=(std::u16string_view text) {
-        assign(text.data(), text.size());
-        return *this;
-    }
     ~DocText();
 
     const wchar* c_str() const noexcept { return m_pUnits != nullptr ? m_pUnits : kEmpty; }
-    const wchar* data() const noexcept { return c_str(); }
     std::size_t size() const noexcept { return m_size; }
     std::size_t capacity() const noexcept { return m_capacity; }
     bool empty() const noexcept { return m_size == 0; }
-    wchar operator[](std::size_t i) const noexcept { return c_str()[i]; }
     std::u16string_view View() const noexcept { return {c_str(), m_size}; }
 
     /// Room for at least `units` units without another allocation. Raises

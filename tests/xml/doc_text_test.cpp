@@ -24,7 +24,7 @@ TEST(DocText, ReplaceAndAssignMatchAString) {
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.pos << " " << c.count << " " << c.from);
         DocText text;
-        text = start;
+        text.assign(start.data(), start.size());
         std::u16string expect = start;
         const wchar* piece = c.from < 0 ? outside.data() : text.c_str() + c.from;
         expect.replace(c.pos, c.count, c.from < 0 ? outside.data() : start.data() + c.from, c.n);

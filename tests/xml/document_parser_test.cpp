@@ -154,7 +154,7 @@ TEST(DocumentParser, StreamModesDecideTheResult) {
     XmlEngine engine(u"<a/><b/>");
     engine.m_docFlags = DocReadStream;
     EXPECT_TRUE(engine.ParseDocument()); // two roots, but not ill-formed
-    engine.m_docText = u"<a>";
+    engine.m_docText.assign(u"<a>", 3);
     EXPECT_FALSE(engine.ParseDocument());
     engine.m_docFlags = DocWriteStream;
     EXPECT_TRUE(engine.ParseDocument());
