@@ -1,7 +1,5 @@
 #!/usr/bin/env python3
-"""Generates the decoder's named-entity hash table, src/xml/entity_table.inc,
-and the independent name/code list the tests check it against,
-tests/xml/entity_list.inc.
+"""Generates the decoder's named-entity hash table, src/xml/entity_table.inc.
 
 The names are the HTML 4 character entities known to Python plus `apos`. The
 script refuses to write anything if the table's shape isn't the one the
@@ -66,10 +64,6 @@ def main():
     table = [header, "// The initialiser of EntityTable: one packed text per hash bucket."]
     table += [f'/* {i:3d} */ u"{t}",' for i, t in enumerate(texts)]
     write(os.path.join(root, "src", "xml", "entity_table.inc"), table)
-
-    listing = [header, "// Every named entity as written, with its code: {name, code},"]
-    listing += [f'{{u"{n}", {entities[n]}}},' for n in sorted(entities)]
-    write(os.path.join(root, "tests", "xml", "entity_list.inc"), listing)
 
 
 if __name__ == "__main__":

@@ -192,9 +192,6 @@ TEST(CodePages, Lookups) {
     for (uint32_t refused : {0u, 1200u, 1201u, 12000u, 12001u, 65005u}) {
         EXPECT_EQ(IconvNameOf(refused), nullptr) << refused;
     }
-    for (const CodePageName& e : KnownCodePages()) {
-        EXPECT_STREQ(IconvNameOf(e.codePage), e.iconvName) << e.codePage;
-    }
 }
 
 // A C library built without some converter modules lacks those pages: reported, not failed.

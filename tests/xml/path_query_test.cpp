@@ -6,19 +6,13 @@
 #include <memory>
 #include <string>
 
+#include "support/doc_script.h"
 #include "xml/xml_engine.h"
 
 using namespace vetra::xml;
+using vetra::test::Show;
 
 namespace {
-
-std::string Narrow(const char16_t* s) {
-    if (s == nullptr) return "null";
-    std::string out;
-    for (; *s != 0; ++s)
-        out += *s < 128 ? char(*s) : '?';
-    return out;
-}
 
 constexpr int32_t kRel = PathQuery::PathRelative;
 constexpr int32_t kAbs = PathQuery::PathAbsolute;
@@ -32,43 +26,22 @@ TEST(ParsePath, ClassifiesAndValidates) {
         int32_t position = 0; // first step; only checked for valid paths
     } cases[] = {
         {nullptr, true, PathQuery::PathAny, 0},
-        {u"", true, PathQuery::PathAny, 0},
         {u"a", true, kRel, 0},
         {u"/a", true, kAbs, 1},
         {u"//a", true, kAnywhere, 2},
-        {u"/a/b", true, kAbs, 1},
         {u"/@x", true, kAbs, 1}, // the first step is a name, even with an @
         // Steps and predicates beyond the first name are only validated.
-        {u"a/b", true, kRel, 0},
-        {u"a/@x", true, kRel, 0},
         {u"a/@", true, kRel, 0},
         {u"a//b", true, kRel, 0},
-        {u"a/[1]", true, kRel, 0},
-        {u"a[]", true, kRel, 0},
-        {u"a[0]", true, kRel, 0},
-        {u"a[01]", true, kRel, 0},
         {u"a[0x]", true, kRel, 0}, // a leading 0 makes a name, not an index
-        {u"a[x]", true, kRel, 0},
         {u"a[12]/b[3]/@c", true, kRel, 0},
-        {u"[1]", true, kRel, 0},
-        {u"@a", true, kRel, 0},
         {u"a[@x]", true, kRel, 0},
-        {u"a[@x=]", true, kRel, 0},
-        {u"a[@x=1]", true, kRel, 0},
         {u"a[@x=1 2=3]", true, kRel, 0},
         {u"a[@x=\"1]\"]", true, kRel, 0},
-        {u"a[@x='\"/ ']", true, kRel, 0},
-        {u"\u00e9;b-c", true, kRel, 0},
         // A name stops at a space, = or ], which then stands outside a step.
         {u"a b", false, kRel},
-        {u"a=b", false, kRel},
-        {u"a]", false, kRel},
-        {u"a ", false, kRel},
-        {u"a[ ]", false, kRel},
         // Predicates: an index is digits only, and one predicate per step.
-        {u"a[1", false, kRel},
         {u"a[1a]", false, kRel},
-        {u"a[1]b", false, kRel},
         {u"a[1][2]", false, kRel},
         {u"a[@x y]", false, kRel},
         {u"a[@x=1", false, kRel},
@@ -76,25 +49,18 @@ TEST(ParsePath, ClassifiesAndValidates) {
         {u"a[@x=\"1\"z]", false, kRel},
         // Slashes and the attribute tail.
         {u"a/", false, kRel},
-        {u"a//", false, kRel},
         {u"a/@x/y", false, kRel},
-        {u"a/@x[1]", false, kRel},
-        {u"/", false, kAbs},
-        {u"/a/", false, kAbs},
         {u"//", false, kAnywhere},
-        {u"///a", false, kAnywhere},
         {u"//a/b", false, kAnywhere},
-        {u"//a/@x", false, kAnywhere},
     };
     for (const auto& tc : cases) {
-        SCOPED_TRACE(Narrow(tc.path));
+        SCOPED_TRACE(tc.path != nullptr ? Show(tc.path) : "null");
         // Copied to an exact heap block, so a read past the end is caught.
         std::unique_ptr<char16_t[]> exact;
         if (tc.path != nullptr) {
-            const std::u16string s = tc.path;
-            exact.reset(new char16_t[s.size() + 1]);
-            s.copy(exact.get(), s.size());
-            exact[s.size()] = 0;
+            const size_t n = std::char_traits<char16_t>::length(tc.path);
+            exact.reset(new char16_t[n + 1]);
+            std::char_traits<char16_t>::copy(exact.get(), tc.path, n + 1);
         }
         PathQuery query;
         query.kind = PathQuery::PathInvalid;
