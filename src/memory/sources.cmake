@@ -1,0 +1,3 @@
+# Sources of the memory subsystem, with the platform files only it uses.
+set(VETRA_MEMORY_SOURCES
+)

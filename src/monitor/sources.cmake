@@ -1,0 +1,3 @@
+# Sources of the monitor subsystem, with the platform files only it uses.
+set(VETRA_MONITOR_SOURCES
+)
