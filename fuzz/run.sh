@@ -20,10 +20,17 @@ for t in $targets; do
   mkdir -p "$work" "$dir/artifacts-$t"
   seeds=(fuzz/corpus/"${t%_fuzz}")
   [[ -d tests/data/fuzz/$t ]] && seeds+=("tests/data/fuzz/$t")
+  # The XML targets share one dictionary; any other may bring fuzz/<target>.dict.
+  case $t in
+    parse_fuzz | edit_fuzz) dict=fuzz/xml16.dict ;;
+    *) dict=fuzz/$t.dict ;;
+  esac
+  dict_arg=()
+  [[ -f $dict ]] && dict_arg=(-dict="$dict")
   echo "fuzz: $t for ${seconds}s"
   rc=0
   "$dir/fuzz/$t" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-    -dict=fuzz/xml16.dict -artifact_prefix="$dir/artifacts-$t/" -print_final_stats=1 \
+    "${dict_arg[@]}" -artifact_prefix="$dir/artifacts-$t/" -print_final_stats=1 \
     "$work" "${seeds[@]}" >"$log" 2>&1 || rc=$?
   grep -E "^(Done|stat::number_of_executed)" "$log" || true
   if ((rc != 0)); then

@@ -6,7 +6,7 @@ set -euo pipefail
 
 need=()
 have_pkg() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"; }
-for pkg in cmake ninja-build g++ libgtest-dev clang libclang-rt-14-dev "$@"; do
+for pkg in cmake ninja-build g++ libgtest-dev clang libclang-rt-14-dev iproute2 "$@"; do
   have_pkg "$pkg" || need+=("$pkg")
 done
 if ((${#need[@]} == 0)); then exit 0; fi
