@@ -1,0 +1,6 @@
+# Sources of the document text and files subsystem, with the platform files
+# only it uses.
+set(VETRA_TEXT_SOURCES
+  text/result_log.cpp
+  text/document_bytes.cpp
+)
