@@ -4,4 +4,5 @@ set(VETRA_TEXT_SOURCES
   text/result_log.cpp
   text/document_bytes.cpp
   text/charset_names.cpp
+  text/text_conversion.cpp
 )

@@ -1,0 +1,282 @@
+// Tests of the text converter: every way between two names with measuring and
+// filling, the loss flag, the UTF-8 test of a block, and the broken-tail
+// search, whose cut must leave two pieces that convert to the whole.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/text_codec.h"
+#include "support/doc_script.h"
+#include "text/charset_names.h"
+#include "text/text_conversion.h"
+
+using namespace std::string_literals;
+using namespace vetra::text;
+using vetra::test::Show;
+
+namespace {
+
+// Texts as raw bytes in the machine's order, whatever their unit.
+std::string Units16(const std::u16string& text) {
+    return std::string(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+}
+std::string Units32(const std::vector<uint32_t>& values) {
+    return std::string(reinterpret_cast<const char*>(values.data()), values.size() * 4);
+}
+
+size_t UnitSize(const char16_t* name) {
+    const int32_t page = CodePageFromName(name);
+    return page == CodePageUtf32 ? 4 : page == 1200 ? 2 : 1;
+}
+
+struct Converted {
+    std::string bytes;
+    uint32_t lossy;
+};
+
+// Measures, fills exactly the measured room, and checks that a destination
+// one unit smaller is refused rather than overrun.
+Converted Convert(const char16_t* from, const std::string& source, const char16_t* to) {
+    const int32_t length = static_cast<int32_t>(source.size() / UnitSize(from));
+    const size_t unit = UnitSize(to);
+    TextConversion measure(from, source.data(), length);
+    const int32_t n = ConvertText(measure, nullptr, to);
+    EXPECT_EQ(measure.destCapacity, n);
+    std::string dest(static_cast<size_t>(n) * unit + 1, '\xA5');
+    if (n > 1) {
+        TextConversion small(from, source.data(), length);
+        small.toEncoding = to;
+        small.destCapacity = n - 1;
+        EXPECT_EQ(ConvertText(small, dest.data(), nullptr), 0);
+        EXPECT_EQ(dest.back(), '\xA5');
+    }
+    TextConversion fill(from, source.data(), length);
+    fill.toEncoding = to;
+    fill.destCapacity = n;
+    EXPECT_EQ(ConvertText(fill, dest.data(), nullptr), n);
+    EXPECT_EQ(fill.lossy, measure.lossy);
+    EXPECT_EQ(dest.back(), '\xA5') << "wrote past the measured size";
+    dest.pop_back();
+    return {dest, fill.lossy};
+}
+
+TEST(ConvertText, Ways) {
+    const char16_t* U16 = u"UTF-16";
+    const char16_t* U32 = u"UTF-32";
+    const char16_t* U8 = u"UTF-8";
+    const struct {
+        const char16_t* from;
+        std::string source;
+        const char16_t* to;
+        std::string result;
+        uint32_t lossy = 0;
+    } cases[] = {
+        // An empty source gives 0 on every way.
+        {U32, "", U8, ""},
+        {U16, "", U32, ""},
+        {U16, "", U8, ""},
+        {U8, "", U16, ""},
+        {U8, "", U32, ""},
+        {u"windows-1252", "", u"koi8-r", ""},
+        // Pairs that no way joins.
+        {U16, Units16(u"ab"), U16, ""},
+        {U32, Units32({0x41}), u"windows-1252", ""},
+        {U32, Units32({0x41}), U32, ""},
+        {u"windows-1252", "A", U32, ""},
+        {u"utf-32", Units32({0x41}), U16, ""}, // the platform's UTF-32 is refused
+        // UTF-32 made by hand; values are not checked.
+        {U32, Units32({0x41, 0xE9, 0x4E2D, 0x1F600}), U8, "A\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        {U32, Units32({0xD800, 0x7FFFFFFF}), U8, "\xED\xA0\x80\xF7\xBF\xBF\xBF"},
+        {U32, Units32({0x1F600, 0x41}), U16, Units16(u"\U0001F600A")},
+        {u"UTF-32BE", Units32({0x4E2D}), U16, Units16(u"\u4E2D")}, // the machine's order
+        {U16, Units16(u"\xD83D"), U32, Units32({63})},
+        {U16, Units16(u"\xD83D\xDE00"), U32, Units32({0x1F600})},
+        {U16, Units16(u"\xDE00\xD83D"), U32, Units32({0x9003D})},
+        {U16, Units16(u"\xD800\x41"), U32, Units32({0x10041})},
+        {U16, Units16(u"\xD83D\0A"s), U32, Units32({63, 0, 0x41})},
+        {U8, "\xE4\x41", U32, Units32({63, 0x41})},
+        {U8, "\xFF", U32, Units32({63})},
+        {U8, "\xC3\xA9\xE0\x80\xAF\x80\x80", U32, Units32({0xE9, 0x2F, 0})},
+        {U8, "\xF0\x9F\x98", U32, Units32({63})},
+        // The platform's ways, and the loss flag.
+        {U16, Units16(u"A\u4E00"), u"windows-1252", "A?", 1},
+        {U16, Units16(u"A\xD800"), u"utf-8", "A\xEF\xBF\xBD"}, // UTF-8 hides loss
+        {U16, Units16(u"\u6F22\u00E9"), u"iso-2022-jp", "\x1B$B4A\x1B(B?"},
+        {u"windows-1252", "\x80\xE9", U16, Units16(u"\u20AC\u00E9")},
+        {u"Shift_JIS", "\x93\xFA\x96\x7B", U16, Units16(u"\u65E5\u672C")},
+        {u"koi8-r", "\xF6\xD6", u"windows-1251", "\xC6\xE6"}, // through wide text
+        {u"windows-1251", "\xC6\x41", u"windows-1252", "?A", 1},
+        {u"UTF-16LE", Units16(u"\u00E9"), u"latin1", "\xE9"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(Show(c.from) + " -> " + Show(c.to) + " of " +
+                     Show(std::u16string(c.source.begin(), c.source.end())));
+        const Converted got = Convert(c.from, c.source, c.to);
+        EXPECT_EQ(got.bytes, c.result);
+        EXPECT_EQ(got.lossy, c.lossy);
+    }
+}
+
+// A name the table lacks stands for the system's default page on either side.
+TEST(ConvertText, UnknownNamesMeanTheDefaultPage) {
+    const uint32_t page = vetra::platform::SystemCodePage();
+    const std::string bytes = "A\xC3\xA9\xE9";
+    std::u16string wide(8, u'\0');
+    wide.resize(static_cast<size_t>(vetra::platform::MultiByteToWide(
+        page, bytes.data(), int32_t(bytes.size()), wide.data(), int32_t(wide.size()))));
+    ASSERT_FALSE(wide.empty());
+    EXPECT_EQ(Convert(u"ANSI", bytes, u"UTF-16").bytes, Units16(wide));
+    EXPECT_EQ(Convert(u"UTF-16", Units16(wide), u"no-such-page").bytes,
+              Convert(u"UTF-16", Units16(wide), u"").bytes);
+}
+
+// Fakes of the platform calls, to see what ConvertText asks of it.
+struct Recorder {
+    static inline std::vector<int32_t> capacities;
+    static inline int calls = 0;
+    static inline uint32_t systemPage = 0;
+    static inline ConversionCalls real{};
+
+    static int32_t ToWide(uint32_t cp, const char* b, int32_t n, char16_t* out, int32_t cap) {
+        ++calls;
+        capacities.push_back(cap);
+        return real.toWide(cp, b, n, out, cap);
+    }
+    static int32_t FromWide(uint32_t cp, const char16_t* t, int32_t n, char* out, int32_t cap,
+                            bool* used) {
+        ++calls;
+        capacities.push_back(cap);
+        return real.fromWide(cp, t, n, out, cap, used);
+    }
+    static uint32_t SystemPage() { return systemPage; }
+};
+
+class WithRecorder : public testing::Test {
+  protected:
+    void SetUp() override {
+        Recorder::capacities.clear();
+        Recorder::calls = 0;
+        Recorder::systemPage = 65001;
+        const ConversionCalls fake = {Recorder::ToWide, Recorder::FromWide, Recorder::SystemPage};
+        Recorder::real = SwapConversionCalls(&fake);
+    }
+    void TearDown() override { SwapConversionCalls(nullptr); }
+};
+
+// The platform is never given more room than the record says.
+TEST_F(WithRecorder, PlatformGetsTheRecordsCapacity) {
+    const std::u16string text = u"caf\u00E9";
+    char dest[8];
+    TextConversion c(u"UTF-16", text.data(), 4);
+    ASSERT_EQ(ConvertText(c, nullptr, u"windows-1252"), 4);
+    EXPECT_EQ(ConvertText(c, dest, nullptr), 4);
+    c.destCapacity = 3;
+    EXPECT_EQ(ConvertText(c, dest, nullptr), 0);
+    EXPECT_EQ(Recorder::capacities, (std::vector<int32_t>{0, 4, 3}));
+}
+
+TEST(TestUtf8Block, Cases) {
+    const struct {
+        std::string bytes;
+        bool alone, withMore; // moreFollows false, true
+    } cases[] = {
+        {"", true, true},
+        {"\xC3\xA9", true, true},
+        {"\xC3", false, true},
+        {"A\xE4\xB8", false, true},
+        {"A\xFF\x41", false, false},
+        {"A\xFF", false, true},
+        {"\x80\x80", true, true},           // a continuation byte read as a lead
+        {"\xE0\x80\xAF", true, true},       // overlong forms pass
+        {"\xF8\x80\x80\x80", false, false}, // F8 to FF lead nothing
+        {"\xE4\x41\x41", false, false},
+    };
+    for (const auto& c : cases) {
+        const auto* p = reinterpret_cast<const unsigned char*>(c.bytes.data());
+        const auto n = static_cast<int32_t>(c.bytes.size());
+        EXPECT_EQ(TestUtf8Block(p, n, false), c.alone) << Show({c.bytes.begin(), c.bytes.end()});
+        EXPECT_EQ(TestUtf8Block(p, n, true), c.withMore) << Show({c.bytes.begin(), c.bytes.end()});
+    }
+}
+
+// The tail, or -1 where no clean boundary was found.
+int32_t Tail(const char16_t* from, const std::string& source) {
+    const int32_t length = static_cast<int32_t>(source.size() / UnitSize(from));
+    TextConversion c(from, source.data(), length);
+    int32_t tail = -1;
+    return MeasureBrokenTail(c, tail) ? tail : -1;
+}
+
+TEST(MeasureBrokenTail, ByteWiseReadings) {
+    const struct {
+        const char16_t* from;
+        std::string source;
+        int32_t tail;
+    } cases[] = {
+        {u"UTF-8", "AA\xE4\xB8", 2},
+        {u"UTF-8", "AA\xE4\xB8\x80", 0},
+        {u"UTF-8", "A\xE4\xB8", 3}, // the first byte is never tried
+        {u"UTF-8", "A", 1},
+        {u"UTF-8", "AB", 0},
+        {u"UTF-8", "AB\xF0\x9F\x98", 0}, // 9F 98 reads as a character
+        {u"UTF-16", Units16(u"ab\xD83D"), 2},
+        {u"UTF-16", Units16(u"a\xDE00"), 2},
+        {u"UTF-16", Units16(u"ab"), 0},
+        {u"windows-1252", "AB\xE4", 0},
+        {u"no-such-page", "AB\xE4", 0},
+        {u"UTF-32", Units32({0x41}), 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Tail(c.from, c.source), c.tail) << Show(c.from) << " " << c.source.size();
+    }
+}
+
+// Wherever a multi-byte text is cut, the bytes before the found boundary and
+// the bytes from it on convert, each alone, to what the whole text gives.
+TEST(MeasureBrokenTail, CutsLeaveCleanPieces) {
+    const std::u16string text =
+        u"<a>\u65E5\u672C\u8A9E\u306E\u30C6\u30AD\u30B9\u30C8 x \u4E2D\u6587\u5B57 "
+        u"\uD55C\uAD6D\uC5B4 \u00E9t\u00E9 \u0416\u0436</a>";
+    const char16_t* names[] = {u"Shift_JIS", u"gbk",    u"korean", u"big5",
+                               u"gb18030",   u"euc-jp", u"johab"};
+    for (const char16_t* name : names) {
+        SCOPED_TRACE(Show(name));
+        const std::string bytes = Convert(u"UTF-16", Units16(text), name).bytes;
+        const std::string whole = Convert(name, bytes, u"UTF-16").bytes;
+        int unsure = 0;
+        for (size_t cut = 1; cut <= bytes.size(); ++cut) {
+            const std::string block = bytes.substr(0, cut);
+            const int32_t tail = Tail(name, block);
+            if (tail < 0) {
+                ++unsure;
+                continue;
+            }
+            ASSERT_LE(size_t(tail), cut);
+            const std::string kept = block.substr(0, cut - size_t(tail));
+            const std::string rest = bytes.substr(kept.size());
+            EXPECT_EQ(Convert(name, kept, u"UTF-16").bytes + Convert(name, rest, u"UTF-16").bytes,
+                      whole)
+                << "cut at " << cut << ", tail " << tail;
+        }
+        EXPECT_EQ(unsure, 2); // blocks of one and two bytes have too few tails to agree
+    }
+}
+
+TEST_F(WithRecorder, SingleBytePagesConvertNothing) {
+    EXPECT_EQ(Tail(u"windows-1252", "AB\xE4"), 0);
+    EXPECT_EQ(Recorder::calls, 0);
+}
+
+// The empty name is the system's default page: a multi-byte default is
+// searched, a UTF-8 default read as UTF-8.
+TEST_F(WithRecorder, DefaultPage) {
+    Recorder::systemPage = 932;
+    EXPECT_EQ(Tail(u"", "AB\x93\xFA\x96"), Tail(u"cp932", "AB\x93\xFA\x96"));
+    EXPECT_GT(Tail(u"", "AB\x93\xFA\x96"), 0);
+    Recorder::systemPage = 65001;
+    EXPECT_EQ(Tail(u"", "AB\xE4\xB8"), 2);
+}
+
+} // namespace
