@@ -1,0 +1,64 @@
+// file_fixture.h - what the file tests share: a scratch folder removed at the end, whole
+// files written and read back, and putting the system's file operations back after a test
+// that made one of them fail.
+#ifndef VETRA_TESTS_FILE_FIXTURE_H
+#define VETRA_TESTS_FILE_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "platform/file.h"
+
+namespace vetra::test {
+
+class ScratchFolder {
+  public:
+    ScratchFolder() {
+        std::string pattern = testing::TempDir() + "vetra-files-XXXXXX";
+        if (mkdtemp(pattern.data()) == nullptr) ADD_FAILURE() << "no scratch folder";
+        root_ = pattern;
+    }
+    ~ScratchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    std::string Path(const std::string& name) const { return root_ + "/" + name; }
+    std::string Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(Path(name), std::ios::binary) << bytes;
+        return Path(name);
+    }
+    std::string Read(const std::string& name) const {
+        std::ifstream in(Path(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    /// The names in the folder, sorted: a failed save must leave no temporary file.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(root_))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+  private:
+    std::string root_;
+};
+
+/// Puts the system's file operations back at the end of a test that replaced some.
+struct FileOpsRestorer {
+    ~FileOpsRestorer() { platform::ActiveFileOps() = platform::SystemFileOps(); }
+};
+
+} // namespace vetra::test
+
+#endif // VETRA_TESTS_FILE_FIXTURE_H

@@ -1,0 +1,236 @@
+// Tests of the file writer: which encoding and mark a save picks, the bytes and the log it
+// gives, failures that must leave the old file whole, and Load then Save giving back the
+// very bytes of the file in every encoding that converts without loss.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "platform/text_codec.h"
+#include "support/doc_script.h"
+#include "text/charset_names.h"
+#include "text/document_file.h"
+#include "text/file_fixture.h"
+
+using namespace std::string_literals;
+using namespace vetra::text;
+using vetra::platform::FileError;
+using vetra::platform::FileHandle;
+using vetra::platform::FileReplacement;
+using vetra::test::S;
+using vetra::test::ScratchFolder;
+
+namespace {
+
+std::string Bytes(const std::u16string& units) {
+    return std::string(reinterpret_cast<const char*>(units.data()), units.size() * 2);
+}
+
+TEST(FileWriter, EncodingBytesAndLog) {
+    const std::u16string decl1252 = u"<?xml version=\"1.0\" encoding=\"windows-1252\"?>";
+    const struct {
+        std::u16string text;
+        uint32_t flags;
+        std::string bytes; // the file, or its head if it ends in "..."
+        const char16_t* log;
+    } cases[] = {
+        {u"", 0, "", u"<write encoding=\"\" length=\"0\"/>"},
+        {u"", 0x4, "\xEF\xBB\xBF", u"<bom/><write encoding=\"UTF-8\" length=\"0\"/>"},
+        {u"<a>\u00E9</a>", 0x4, "\xEF\xBB\xBF<a>\xC3\xA9</a>",
+         u"<bom/><converted_from encoding=\"UTF-16\" length=\"8\"/>"
+         u"<write encoding=\"UTF-8\" length=\"9\"/>"},
+        {u"<a/>", 0x1, "\xFF\xFE" + Bytes(u"<a/>"),
+         u"<bom/><write encoding=\"UTF-16LE\" length=\"4\"/>"},
+        {u"<a/>", 0x80, "\xFE\xFF"s + "\0<\0a\0/\0>"s,
+         u"<bom/><endian_swap/><write encoding=\"UTF-16BE\" length=\"4\"/>"},
+        {decl1252 + u"<a>\u00E9</a>", 0,
+         "<?xml version=\"1.0\" encoding=\"windows-1252\"?><a>\xE9</a>",
+         u"<converted_from encoding=\"UTF-16\" length=\"53\"/>"
+         u"<write encoding=\"windows-1252\" length=\"53\"/>"},
+        // A loss is logged and the save goes on.
+        {decl1252 + u"<a>\u4E00</a>", 0,
+         "<?xml version=\"1.0\" encoding=\"windows-1252\"?><a>?</a>",
+         u"<converted_from encoding=\"UTF-16\" length=\"53\"/><conversion_loss/>"
+         u"<write encoding=\"windows-1252\" length=\"53\"/>"},
+        // UTF-8 hides loss: a lone surrogate becomes U+FFFD unreported.
+        {u"<a>\xD800</a>", 0, "<a>\xEF\xBF\xBD</a>",
+         u"<converted_from encoding=\"UTF-16\" length=\"8\"/><write encoding=\"UTF-8\" "
+         u"length=\"10\"/>"},
+        // The mark a load found wins over the declaration, which stays as it is.
+        {u"<?xml version='1.0' encoding='GB2312'?><a>\u4E00</a>", 0x4,
+         "\xEF\xBB\xBF<?xml version='1.0' encoding='GB2312'?><a>\xE4\xB8\x80</a>",
+         u"<bom/><converted_from encoding=\"UTF-16\" length=\"47\"/>"
+         u"<write encoding=\"UTF-8\" length=\"49\"/>"},
+        {u"<?xml version='1.0' encoding='x-none'?><a/>", 0,
+         "<?xml version='1.0' encoding='x-none'?><a/>",
+         u"<converted_from encoding=\"UTF-16\" length=\"43\"/>"
+         u"<write encoding=\"x-none\" length=\"43\"/>"},
+        // UTF-16 declared goes out with its mark.
+        {u"<?xml version='1.0' encoding='utf-16be'?><a/>", 0, "\xFE\xFF"s + "\0<\0?\0x\0m\0l..."s,
+         u"<bom/><endian_swap/><write encoding=\"UTF-16BE\" length=\"45\"/>"},
+        {u"<?xml version='1.0' encoding='UTF-32'?><a/>", 0, "<\0\0\0?\0\0\0x\0\0\0..."s,
+         u"<converted_from encoding=\"UTF-16\" length=\"43\"/><write encoding=\"UTF-32\" "
+         u"length=\"43\"/>"},
+    };
+    ScratchFolder folder;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(vetra::test::Show(c.text));
+        WideString log = u"<old/>";
+        uint32_t flags = c.flags;
+        const std::string path = folder.Path("doc.xml");
+        EXPECT_TRUE(SaveTextFile(path.c_str(), c.text.c_str(), int32_t(c.text.size()), log, flags));
+        EXPECT_EQ(flags, c.flags);
+        EXPECT_EQ(log, c.log);
+        const size_t dots = c.bytes.rfind("...");
+        const bool head = dots != std::string::npos && dots + 3 == c.bytes.size();
+        const std::string file = folder.Read("doc.xml");
+        EXPECT_TRUE(head ? file.compare(0, dots, c.bytes, 0, dots) == 0 : file == c.bytes);
+    }
+}
+
+// Failures from each step: the old file keeps its bytes and no temporary file is left.
+FileError g_error = 0;
+FileError FailBegin(const char*, FileReplacement&) {
+    return g_error;
+}
+FileError FailWrite(FileHandle, const void*, size_t) {
+    return g_error;
+}
+FileError FailCommit(FileReplacement& r) {
+    vetra::platform::SystemFileOps().abandonReplacement(r);
+    return g_error;
+}
+
+TEST(FileWriter, FailuresKeepTheOldFile) {
+    ScratchFolder folder;
+    auto& ops = vetra::platform::ActiveFileOps();
+    const struct {
+        const char* step;
+        std::string name;
+        uint32_t flags;
+        FileError error;
+        const char16_t* log;
+    } cases[] = {
+        {"", "none/doc.xml", 0, 0, u"<file_error msg=\"No such file or directory\" n=\"2\"/>"},
+        {"", "", 0, 0, u"<file_error msg=\"Is a directory\" n=\"21\"/>"},
+        {"begin", "doc.xml", 0, EACCES, u"<file_error msg=\"Permission denied\" n=\"13\"/>"},
+        {"write", "doc.xml", 0x4, ENOSPC,
+         u"<file_error msg=\"No space left on device\" n=\"28\"/>"},
+        {"write", "doc.xml", 0, ENOSPC,
+         u"<converted_from encoding=\"UTF-16\" length=\"4\"/>"
+         u"<file_error msg=\"No space left on device\" n=\"28\"/>"},
+        {"commit", "doc.xml", 0, EXDEV,
+         u"<converted_from encoding=\"UTF-16\" length=\"4\"/><write encoding=\"UTF-8\" "
+         u"length=\"4\"/>"
+         u"<file_error msg=\"Invalid cross-device link\" n=\"18\"/>"},
+        // A page the system can't write to.
+        {"utf-32", "doc.xml", 0, 0,
+         u"<converted_from encoding=\"UTF-16\" length=\"43\"/>"
+         u"<file_error msg=\"Invalid argument\" n=\"22\"/>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.step + c.name);
+        vetra::test::FileOpsRestorer restore;
+        folder.Write("doc.xml", "old");
+        g_error = c.error;
+        const std::string step = c.step;
+        if (step == "begin") ops.beginReplacement = FailBegin;
+        if (step == "write") ops.write = FailWrite;
+        if (step == "commit") ops.commitReplacement = FailCommit;
+        const std::u16string text =
+            step == "utf-32" ? u"<?xml version='1.0' encoding='utf-32'?><a/>" : u"<a/>";
+        WideString log;
+        uint32_t flags = c.flags;
+        EXPECT_FALSE(SaveTextFile(folder.Path(c.name).c_str(), text.c_str(), int32_t(text.size()),
+                                  log, flags));
+        EXPECT_EQ(flags, c.flags);
+        EXPECT_EQ(log, c.log);
+        EXPECT_EQ(folder.Read("doc.xml"), "old");
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"doc.xml"});
+    }
+}
+
+// Load then Save gives back the file's bytes, for every encoding that converts without
+// loss, and a second Save the same again. The text of each is the page's own characters.
+TEST(FileWriter, LoadThenSaveGivesBackTheBytes) {
+    const struct {
+        const char16_t* name; // declared, or a mark's name
+        const char16_t* sample;
+    } cases[] = {
+        {u"UTF-8", u"\u00E9\u4E00\U0001F600 \u0416"},
+        {u"+UTF-8", u"\u00E9\u4E00\U0001F600"},
+        {u"+UTF-16LE", u"\u00E9\u4E00\U0001F600"},
+        {u"+UTF-16BE", u"\u00E9\u4E00\U0001F600"},
+        {u"windows-1250", nullptr},
+        {u"windows-1251", nullptr},
+        {u"windows-1252", nullptr},
+        {u"windows-1253", nullptr},
+        {u"windows-1254", nullptr},
+        {u"windows-1255", nullptr},
+        {u"windows-1256", nullptr},
+        {u"windows-1257", nullptr},
+        {u"iso-8859-1", nullptr},
+        {u"iso-8859-2", nullptr},
+        {u"iso-8859-5", nullptr},
+        {u"iso-8859-7", nullptr},
+        {u"iso-8859-15", nullptr},
+        {u"koi8-r", nullptr},
+        {u"koi8-u", nullptr},
+        {u"cp866", nullptr},
+        {u"cp437", nullptr},
+        {u"cp850", nullptr},
+        {u"macintosh", nullptr},
+        {u"windows-874", nullptr},
+        {u"Shift_JIS", u"\u65E5\u672C\u8A9E\u30C6\u30AD\u30B9\u30C8\uFF76\uFF85"},
+        {u"EUC-JP", u"\u65E5\u672C\u8A9E\u30C6\u30AD\u30B9\u30C8"},
+        {u"GB2312", u"\u4E2D\u6587\u6587\u672C"},
+        {u"gb18030", u"\u4E2D\u6587\u6587\u672C\U0001F600"},
+        {u"big5", u"\u4E2D\u6587\u6587\u672C"},
+        {u"euc-kr", u"\uD55C\uAD6D\uC5B4"},
+    };
+    ScratchFolder folder;
+    for (const auto& c : cases) {
+        const std::u16string name = c.name[0] == u'+' ? c.name + 1 : c.name;
+        SCOPED_TRACE(vetra::test::Show(name));
+        const int32_t page = CodePageFromName(name.c_str());
+        std::u16string sample;
+        if (c.sample != nullptr) {
+            sample = c.sample;
+        } else {
+            // Every byte above ASCII that the page reads as a character.
+            for (int byte = 0x80; byte < 0x100; ++byte) {
+                const char b = char(byte);
+                char16_t unit = 0;
+                if (vetra::platform::MultiByteToWide(uint32_t(page), &b, 1, &unit, 1) == 1 &&
+                    unit != 0xFFFD)
+                    sample += unit;
+            }
+        }
+        std::u16string text = u"<a>" + sample + u"</a>";
+        if (c.name[0] != u'+') text = u"<?xml version=\"1.0\" encoding=\"" + name + u"\"?>" + text;
+        // The file: the mark or the declared page's bytes.
+        std::string bytes;
+        if (name == u"UTF-16LE") {
+            bytes = "\xFF\xFE" + Bytes(text);
+        } else if (name == u"UTF-16BE") {
+            bytes = "\xFE\xFF";
+            for (char16_t u : text)
+                bytes += {char(u >> 8), char(u & 0xFF)};
+        } else {
+            bytes = c.name[0] == u'+' ? "\xEF\xBB\xBF" : "";
+            std::string body(text.size() * 4, '\0');
+            body.resize(size_t(vetra::platform::WideToMultiByte(uint32_t(page), text.data(),
+                                                                int32_t(text.size()), body.data(),
+                                                                int32_t(body.size()), nullptr)));
+            bytes += body;
+        }
+        CVTXmlParser doc;
+        EXPECT_EQ(doc.Load(folder.Write("in.xml", bytes).c_str()), 1);
+        EXPECT_EQ(S(doc.GetDoc()), text);
+        EXPECT_EQ(doc.Save(folder.Path("out.xml").c_str()), 1);
+        EXPECT_TRUE(folder.Read("out.xml") == bytes);
+        EXPECT_EQ(doc.Save(folder.Path("out.xml").c_str()), 1);
+        EXPECT_TRUE(folder.Read("out.xml") == bytes);
+    }
+}
+
+} // namespace
