@@ -5,4 +5,5 @@ set(VETRA_TEXT_SOURCES
   text/document_bytes.cpp
   text/charset_names.cpp
   text/text_conversion.cpp
+  text/declared_encoding.cpp
 )
