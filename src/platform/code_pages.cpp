@@ -12,11 +12,15 @@ namespace vetra::platform {
 namespace {
 
 // Where glibc has no exact equivalent, the nearest one stands in and says so here:
-// 708 is read as ISO-8859-6; 50221 and 50222 as ISO-2022-JP-3, which has the one-byte
-// katakana of 50221 but not the shift-out form of 50222; 38598 (logical Hebrew) as
-// ISO-8859-8, which has the same bytes.
+// 708 is read as ISO-8859-6; 20002 (Big5 with the ETEN extensions) as glibc's Big5;
+// 50221 and 50222 as ISO-2022-JP-3, which has the one-byte katakana of 50221 but not the
+// shift-out form of 50222; 38598 (logical Hebrew) as ISO-8859-8, which has the same bytes.
+// Pages that glibc lacks altogether are not here, so they convert to nothing: 720, 853,
+// the Mac pages 10001 to 10006, 10008, 10010, 10021, 10081 and 10082, 20000, 20001,
+// 20003 to 20005, 20105, 29001, 52936 (HZ) and the ISCII pages 57002 to 57011.
 constexpr CodePageName kTable[] = {
     {37, "IBM037", ""},
+    {154, "PT154", ""},
     {437, "IBM437", ""},
     {500, "IBM500", ""},
     {708, "ASMO-708", ""},
@@ -44,6 +48,8 @@ constexpr CodePageName kTable[] = {
     {950, "CP950", "BIG5 BIG5-HKSCS"},
     {1026, "IBM1026", ""},
     {1047, "IBM1047", ""},
+    {1125, "CP1125", ""},
+    {1133, "IBM1133", ""},
     {1140, "IBM1140", ""},
     {1141, "IBM1141", ""},
     {1142, "IBM1142", ""},
@@ -69,6 +75,10 @@ constexpr CodePageName kTable[] = {
     {10017, "MAC-UK", ""},
     {10029, "MAC-CENTRALEUROPE", ""},
     {10079, "MAC-IS", ""},
+    {20002, "BIG5", ""},
+    {20106, "ISO646-DE", ""},
+    {20107, "ISO646-SE", ""},
+    {20108, "ISO646-NO", ""},
     {20127, "ANSI_X3.4-1968", "ASCII US-ASCII"},
     {20261, "T.61-8BIT", ""},
     {20269, "ISO_6937", ""},
@@ -94,6 +104,7 @@ constexpr CodePageName kTable[] = {
     {50221, "ISO-2022-JP-3", ""},
     {50222, "ISO-2022-JP-3", ""},
     {50225, "ISO-2022-KR", ""},
+    {50227, "ISO-2022-CN", ""},
     {51932, "EUC-JP-MS", ""},
     {51936, "EUC-CN", ""},
     {51949, "EUC-KR", ""},
@@ -108,7 +119,8 @@ constexpr bool StrictlyAscending() {
     }
     return true;
 }
-static_assert(StrictlyAscending(), "IconvNameOf searches the table by halves");
+static_assert(StrictlyAscending(), "IndexOfCodePage searches the table by halves");
+static_assert(std::size(kTable) <= kMaxKnownCodePages, "the converter has a slot for each page");
 
 inline char Fold(char c) {
     return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
@@ -154,11 +166,18 @@ CodePageList KnownCodePages() noexcept {
     return {kTable, std::size(kTable)};
 }
 
-const char* IconvNameOf(uint32_t codePage) noexcept {
+int IndexOfCodePage(uint32_t codePage) noexcept {
     const CodePageName* hit =
         std::lower_bound(std::begin(kTable), std::end(kTable), codePage,
                          [](const CodePageName& e, uint32_t cp) { return e.codePage < cp; });
-    return (hit != std::end(kTable) && hit->codePage == codePage) ? hit->iconvName : nullptr;
+    return (hit != std::end(kTable) && hit->codePage == codePage)
+               ? static_cast<int>(hit - std::begin(kTable))
+               : -1;
+}
+
+const char* IconvNameOf(uint32_t codePage) noexcept {
+    const int i = IndexOfCodePage(codePage);
+    return i < 0 ? nullptr : kTable[i].iconvName;
 }
 
 uint32_t CodePageOfCodeset(const char* codeset) noexcept {

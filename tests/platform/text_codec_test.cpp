@@ -1,12 +1,16 @@
 // Tests of code page conversion through the platform layer: the call contract (measuring,
 // filling, refusals), known bytes of several pages both ways, what replaces characters a page
-// cannot hold or read, stateful pages, the default code page, and the code page table.
+// cannot hold or read, stateful pages, the default code page, the code page table, and the
+// single-byte tables against the iconv path they stand in for.
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "platform/code_pages.h"
+#include "platform/posix/code_page_paths.h"
 #include "platform/text_codec.h"
 
 using namespace std::string_literals;
@@ -175,6 +179,28 @@ TEST(TextCodec, SystemCodePageFollowsTheLocale) {
     EXPECT_EQ(used0, usedSystem);
 }
 
+// The first use of a page from several threads at once builds its tables once; every
+// thread reads the same text.
+TEST(SingleBytePages, FirstUseFromSeveralThreads) {
+    const std::string bytes = "\xB0\xC0\xD0\xE0 cyrillic \xEF";
+    std::vector<std::u16string> read(4);
+    std::vector<std::string> written(4);
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < read.size(); ++t) {
+        threads.emplace_back([&, t] {
+            read[t] = ToWide(21866, bytes);
+            bool used = false;
+            written[t] = ToBytes(21866, read[t], &used);
+        });
+    }
+    for (std::thread& t : threads)
+        t.join();
+    for (size_t t = 0; t < read.size(); ++t) {
+        EXPECT_EQ(read[t], read[0]);
+        EXPECT_EQ(written[t], bytes);
+    }
+}
+
 TEST(CodePages, Lookups) {
     const struct {
         const char* codeset;
@@ -207,6 +233,47 @@ TEST(CodePages, EveryTablePageConvertsHere) {
         }
     }
     if (!missing.empty()) GTEST_SKIP() << "no converter on this system for" << missing;
+}
+
+// The tables must give what iconv gives, byte for byte and flag for flag: every byte, and
+// every UTF-16 unit with the surrogate cases (pairs, lone halves, a high one at the end).
+TEST(SingleBytePages, SameAsIconv) {
+    std::string bytes;
+    for (int b = 0; b < 256; ++b)
+        bytes += static_cast<char>(b);
+    std::u16string text;
+    for (uint32_t u = 0; u < 0x10000; ++u)
+        text += static_cast<char16_t>(u);
+    text += u"\U0001F600\xDC00\xD800";
+    const int32_t units = Size(text);
+    for (uint32_t codePage : {1252u, 28595u, 20866u, 37u, 437u}) {
+        SCOPED_TRACE(codePage);
+        ASSERT_NE(posix::SingleByteDecoder(codePage), nullptr);
+        ASSERT_NE(posix::SingleByteEncoder(codePage), nullptr);
+        std::u16string wide(256, u'\0'), wideByIconv(256, u'\0');
+        EXPECT_EQ(MultiByteToWide(codePage, bytes.data(), 256, wide.data(), 256), 256);
+        EXPECT_EQ(posix::IconvToWide(codePage, bytes.data(), 256, wideByIconv.data(), 256), 256);
+        EXPECT_EQ(wide, wideByIconv);
+
+        bool used = false, usedByIconv = false, measuredUsed = false;
+        const int32_t n = WideToMultiByte(codePage, text.data(), units, nullptr, 0, &measuredUsed);
+        std::string out(size_t(n), '\0'), outByIconv(size_t(n), '\0');
+        EXPECT_EQ(WideToMultiByte(codePage, text.data(), units, out.data(), n, &used), n);
+        EXPECT_EQ(posix::IconvFromWide(codePage, text.data(), size_t(units), outByIconv.data(),
+                                       size_t(n), &usedByIconv),
+                  n);
+        EXPECT_EQ(out, outByIconv);
+        EXPECT_TRUE(used && usedByIconv && measuredUsed);
+    }
+}
+
+// Pages whose bytes lead others, shift, or join their neighbours stay on iconv.
+TEST(SingleBytePages, OnlyPagesWhoseBytesStandAlone) {
+    for (uint32_t codePage :
+         {932u, 936u, 50220u, 50225u, 65000u, 1255u, 1258u, 20261u, 20269u, 4711u}) {
+        EXPECT_EQ(posix::SingleByteDecoder(codePage), nullptr) << codePage;
+        EXPECT_EQ(posix::SingleByteEncoder(codePage), nullptr) << codePage;
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // text_codec.cpp (POSIX) - code page conversion on the C library's iconv, UTF-8 by the
-// library's own codec, and the default code page from the locale's codeset.
+// library's own codec, single-byte pages by tables (single_byte_pages.cpp), and the
+// default code page from the locale's codeset.
 //
 // iconv stops at the first character it cannot convert; the loops here replace that
 // character and go on, so that a conversion only fails for want of room or of a converter.
@@ -16,6 +17,7 @@
 #include <limits>
 
 #include "platform/code_pages.h"
+#include "platform/posix/code_page_paths.h"
 #include "platform/utf8_codec.h"
 
 namespace vetra::platform {
@@ -26,21 +28,12 @@ constexpr uint32_t kAscii = 20127;
 constexpr char16_t kReplacement = 0xFFFD;
 constexpr char16_t kQuestionMark = u'?';
 
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-constexpr char kWideName[] = "UTF-16BE";
-#else
-constexpr char kWideName[] = "UTF-16LE";
-#endif
+using posix::IsHighSurrogate;
+using posix::IsLowSurrogate;
+using posix::kWideName;
 
 inline iconv_t NoDescriptor() {
     return reinterpret_cast<iconv_t>(static_cast<intptr_t>(-1));
-}
-
-inline bool IsHighSurrogate(char16_t u) {
-    return (u & 0xFC00) == 0xD800;
-}
-inline bool IsLowSurrogate(char16_t u) {
-    return (u & 0xFC00) == 0xDC00;
 }
 
 // iconv_open reads the converter modules' configuration and costs far more than a small
@@ -207,6 +200,24 @@ int32_t FromWide(iconv_t cd, const char16_t* text, size_t length, char* out, siz
 
 } // namespace
 
+namespace posix {
+
+int32_t IconvToWide(uint32_t codePage, const char* bytes, size_t length, char16_t* out,
+                    size_t capacity) {
+    iconv_t cd = t_toWide.Get(codePage, true);
+    if (cd == NoDescriptor()) return 0;
+    return ToWide(cd, bytes, length, out, capacity);
+}
+
+int32_t IconvFromWide(uint32_t codePage, const char16_t* text, size_t length, char* out,
+                      size_t capacity, bool* usedDefault) {
+    iconv_t cd = t_fromWide.Get(codePage, false);
+    if (cd == NoDescriptor()) return 0;
+    return FromWide(cd, text, length, out, capacity, usedDefault);
+}
+
+} // namespace posix
+
 int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, char16_t* out,
                         int32_t capacity) {
     if (length <= 0 || capacity < 0 || bytes == nullptr || (capacity > 0 && out == nullptr)) {
@@ -219,9 +230,11 @@ int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, ch
             capacity == 0 ? utf8::DecodedLength(bytes, n) : utf8::Decode(bytes, n, out, capacity);
         return units == utf8::kNoRoom ? 0 : Narrow(units);
     }
-    iconv_t cd = t_toWide.Get(codePage, true);
-    if (cd == NoDescriptor()) return 0;
-    return ToWide(cd, bytes, n, capacity == 0 ? nullptr : out, static_cast<size_t>(capacity));
+    char16_t* const into = capacity == 0 ? nullptr : out;
+    if (const posix::DecodeTable* table = posix::SingleByteDecoder(codePage)) {
+        return posix::DecodeSingleBytes(*table, bytes, n, into, static_cast<size_t>(capacity));
+    }
+    return posix::IconvToWide(codePage, bytes, n, into, static_cast<size_t>(capacity));
 }
 
 int32_t WideToMultiByte(uint32_t codePage, const char16_t* text, int32_t length, char* out,
@@ -237,10 +250,13 @@ int32_t WideToMultiByte(uint32_t codePage, const char16_t* text, int32_t length,
                                            : utf8::Encode(text, n, out, capacity, usedDefault);
         return bytes == utf8::kNoRoom ? 0 : Narrow(bytes);
     }
-    iconv_t cd = t_fromWide.Get(codePage, false);
-    if (cd == NoDescriptor()) return 0;
-    return FromWide(cd, text, n, capacity == 0 ? nullptr : out, static_cast<size_t>(capacity),
-                    usedDefault);
+    char* const into = capacity == 0 ? nullptr : out;
+    if (const posix::EncodeTable* map = posix::SingleByteEncoder(codePage)) {
+        return posix::EncodeSingleBytes(*map, text, n, into, static_cast<size_t>(capacity),
+                                        usedDefault);
+    }
+    return posix::IconvFromWide(codePage, text, n, into, static_cast<size_t>(capacity),
+                                usedDefault);
 }
 
 uint32_t SystemCodePage() {
