@@ -51,9 +51,55 @@ class VETRA_API CVTXmlParser {
     /// Returns 1 if the text is well-formed with exactly one root element;
     /// otherwise 0, and the repaired tree can still be read and edited.
     int SetDoc(const vtchar* text);
-    /// The document text itself, valid until the text changes (an edit or
-    /// SetDoc). Never null.
+    /// The document text itself, valid until the text changes (an edit,
+    /// SetDoc or Load). Never null.
     const vtchar* GetDoc() const;
+
+    // --- Files -------------------------------------------------------------
+    // A path is UTF-8 bytes as the file system takes them, or UTF-16, which
+    // is converted to UTF-8. A null or empty path gives 0 and changes
+    // nothing. Every step goes to the result log (GetResultLog), a failure
+    // as <file_error msg="..." n="..."/> with errno and the first line of
+    // its strerror text (empty if the whole text exceeds 99 characters).
+
+    /// Reads the whole file and parses it as SetDoc does. The encoding is,
+    /// in this order: a byte-order mark (UTF-8, UTF-16LE, UTF-16BE), the
+    /// encoding declared in the first 1024 bytes (an XML declaration or an
+    /// HTML meta element), UTF-8 if the file starts with '<' or its bytes are
+    /// well-formed UTF-8, else the locale's code page (UTF-8 in the "C"
+    /// locale). Null characters are dropped. A mark found is remembered for
+    /// Save; nothing else of the encoding is.
+    ///
+    /// Returns 1 if the text is well-formed with exactly one root element,
+    /// else 0 (an empty file gives 0). On failure (no such file, a directory,
+    /// no permission, a file above 2 GiB - 1 byte: EOVERFLOW, a read error, a
+    /// UTF-16 path with a lone surrogate: EILSEQ) the document is empty and 0
+    /// is returned; the remembered mark stays as it was if the file couldn't
+    /// be opened. The position stands before the root element; saved
+    /// positions are forgotten either way.
+    int Load(const vtchar* path);
+    int Load(const char* path);
+    /// Writes the text unchanged (no line end or declaration is added or
+    /// changed) in the encoding of the mark that Load found, with that mark;
+    /// else the encoding the text declares; else UTF-8 without a mark. A
+    /// document declaring UTF-16 is written as UTF-16 with a mark. Characters
+    /// the encoding lacks become its default character (logged as
+    /// <conversion_loss/>); the save still succeeds.
+    ///
+    /// The new text goes to a temporary file ".NAME.vetra-XXXXXX" beside the
+    /// target, renamed over it once every byte is written, so on failure the
+    /// old file is untouched. A symbolic link is followed: the file it names
+    /// is replaced. The new file keeps the old one's permission bits (and
+    /// owner and group where the process may set them); a new file gets 0666
+    /// less the umask. A device or pipe is written in place. Nothing is
+    /// synced to the disk.
+    ///
+    /// Returns 1 if everything was written, else 0: a missing folder, a
+    /// directory (EISDIR), a file or folder the process may not write
+    /// (EACCES; root may), a full disk, an encoding the system can't convert
+    /// to (EINVAL). The document itself is never changed.
+    int Save(const vtchar* path);
+    int Save(const char* path);
 
     // --- Navigation ---------------------------------------------------------
     // The position is three levels: a parent, a main element among the

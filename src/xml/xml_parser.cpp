@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "text/document_file.h"
 #include "xml/xml_engine.h"
 
 using vetra::xml::wchar;
@@ -81,6 +82,55 @@ int CVTXmlParser::SetDoc(const vtchar* text) {
 
 const vtchar* CVTXmlParser::GetDoc() const {
     return Out(m_pEngine->m_docText.c_str());
+}
+
+// --- Files -----------------------------------------------------------------
+
+namespace {
+
+int LoadFile(XmlEngine& engine, const char* path) {
+    if (engine.m_docFlags & vetra::xml::DocStreamModes) return 0;
+    if (vetra::text::LoadTextFile(path, engine.m_docText, engine.m_resultLog, engine.m_docFlags))
+        return engine.ParseDocument() ? 1 : 0;
+    // The text is empty now, so the records must not describe the old one: the parse of
+    // an empty text resets them and logs nothing.
+    engine.ParseDocument();
+    return 0;
+}
+
+int SaveFile(XmlEngine& engine, const char* path) {
+    if (engine.m_docFlags & vetra::xml::DocStreamModes) return 0;
+    const vetra::xml::DocText& text = engine.m_docText;
+    return vetra::text::SaveTextFile(path, text.c_str(), int32_t(text.size()), engine.m_resultLog,
+                                     engine.m_docFlags)
+               ? 1
+               : 0;
+}
+
+// The UTF-8 form of a UTF-16 path; null for one with a lone surrogate, which the file
+// layer reports.
+const char* Utf8Path(const vtchar* path, std::string& bytes) {
+    return vetra::text::WidePathToUtf8(In(path), bytes) ? bytes.c_str() : nullptr;
+}
+
+} // namespace
+
+int CVTXmlParser::Load(const char* path) {
+    return path == nullptr || *path == 0 ? 0 : LoadFile(*m_pEngine, path);
+}
+
+int CVTXmlParser::Load(const vtchar* path) {
+    std::string bytes;
+    return path == nullptr || *path == 0 ? 0 : LoadFile(*m_pEngine, Utf8Path(path, bytes));
+}
+
+int CVTXmlParser::Save(const char* path) {
+    return path == nullptr || *path == 0 ? 0 : SaveFile(*m_pEngine, path);
+}
+
+int CVTXmlParser::Save(const vtchar* path) {
+    std::string bytes;
+    return path == nullptr || *path == 0 ? 0 : SaveFile(*m_pEngine, Utf8Path(path, bytes));
 }
 
 const vtchar* CVTXmlParser::GetResultLog() {
