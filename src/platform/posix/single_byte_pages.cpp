@@ -6,6 +6,10 @@
 // no table and stays on iconv. Built once under a lock, then read without one.
 #include <iconv.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -21,6 +25,7 @@ namespace vetra::platform::posix {
 
 struct DecodeTable {
     char16_t unit[256];
+    bool asciiSame; // bytes under 0x80 read as themselves
 };
 
 // A two-level map from UTF-16 unit to byte: the high byte of the unit picks a block of 256
@@ -28,7 +33,8 @@ struct DecodeTable {
 struct EncodeTable {
     static constexpr uint16_t kNone = 0x100;
     uint8_t blockOf[256];
-    int question; // the byte the page writes for '?', or -1 if it has none
+    int question;   // the byte the page writes for '?', or -1 if it has none
+    bool asciiSame; // units under 0x80 are written as themselves
     std::vector<uint16_t> entries;
 };
 
@@ -103,6 +109,9 @@ std::unique_ptr<DecodeTable> BuildDecoder(uint32_t codePage) {
     for (size_t i = 0; i < pairs.size(); ++i) {
         if (read[i] != table->unit[static_cast<unsigned char>(pairs[i])]) return nullptr;
     }
+    table->asciiSame = true;
+    for (int b = 0; b < 0x80; ++b)
+        table->asciiSame = table->asciiSame && table->unit[b] == b;
     return table;
 }
 
@@ -132,6 +141,9 @@ std::unique_ptr<EncodeTable> BuildEncoder(uint32_t codePage) {
         map->entries.insert(map->entries.end(), block, block + 256);
     }
     map->question = flat[u'?'] == EncodeTable::kNone ? -1 : flat[u'?'];
+    map->asciiSame = true;
+    for (uint32_t u = 0; u < 0x80; ++u)
+        map->asciiSame = map->asciiSame && flat[u] == u;
     return map;
 }
 
@@ -183,40 +195,94 @@ const EncodeTable* SingleByteEncoder(uint32_t codePage) {
 
 // ---- Converting -------------------------------------------------------------
 
+// Documents are mostly ASCII markup: where a page reads ASCII as itself, blocks of 16 bytes
+// (8 units) without a high bit are widened (narrowed) in SSE2 registers, and only the other
+// blocks go through the table.
 int32_t DecodeSingleBytes(const DecodeTable& table, const char* bytes, size_t length, char16_t* out,
                           size_t capacity) {
-    if (out != nullptr) {
-        if (capacity < length) return 0;
-        const auto* in = reinterpret_cast<const unsigned char*>(bytes);
-        for (size_t i = 0; i < length; ++i)
-            out[i] = table.unit[in[i]];
+    if (out == nullptr) return static_cast<int32_t>(length);
+    if (capacity < length) return 0;
+    const auto* in = reinterpret_cast<const unsigned char*>(bytes);
+    size_t i = 0;
+#if defined(__SSE2__)
+    if (table.asciiSame) {
+        const __m128i zero = _mm_setzero_si128();
+        for (; i + 16 <= length; i += 16) {
+            const __m128i window = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+            if (_mm_movemask_epi8(window) == 0) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i),
+                                 _mm_unpacklo_epi8(window, zero));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8),
+                                 _mm_unpackhi_epi8(window, zero));
+            } else {
+                for (size_t j = i; j < i + 16; ++j)
+                    out[j] = table.unit[in[j]];
+            }
+        }
     }
+#endif
+    for (; i < length; ++i)
+        out[i] = table.unit[in[i]];
     return static_cast<int32_t>(length);
 }
 
 namespace {
 
+// Whether the 8 units at `text` are all under 0x80.
+inline bool AsciiBlock(const char16_t* text) {
+#if defined(__SSE2__)
+    const __m128i window = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i high = _mm_and_si128(window, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) == 0xFFFF;
+#else
+    uint16_t any = 0;
+    for (int k = 0; k < 8; ++k)
+        any |= text[k];
+    return any < 0x80;
+#endif
+}
+
+inline void NarrowBlock(const char16_t* text, char* out) {
+#if defined(__SSE2__)
+    const __m128i window = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(window, window));
+#else
+    for (int k = 0; k < 8; ++k)
+        out[k] = static_cast<char>(text[k]);
+#endif
+}
+
+// The number of bytes, or 0 where a character can't be replaced. With kWrite, `out` has
+// room for all of them (the caller measured first when it wasn't sure).
 template <bool kWrite>
 int32_t Encode(const EncodeTable& map, const char16_t* text, size_t length, char* out,
-               size_t capacity, bool* usedDefault) {
+               bool* usedDefault) {
     const uint16_t* entries = map.entries.data();
     size_t n = 0;
-    for (size_t i = 0; i < length; ++i) {
-        const char16_t u = text[i];
-        uint16_t byte = entries[map.blockOf[u >> 8] * 256u + (u & 0xFFu)];
-        if (byte == EncodeTable::kNone) {
-            // Without a question mark of its own the page can't replace anything, and
-            // iconv's way fails the conversion there too.
-            if (map.question < 0) return 0;
-            byte = static_cast<uint16_t>(map.question);
-            if (usedDefault != nullptr) *usedDefault = true;
-            if (IsHighSurrogate(u) && i + 1 < length && IsLowSurrogate(text[i + 1])) ++i;
+    size_t i = 0;
+    while (i < length) {
+        // Up to the end of the next block of 8, unit by unit, unless it is all ASCII.
+        const size_t stop = i + 8 <= length ? i + 8 : length;
+        if (map.asciiSame && stop == i + 8 && AsciiBlock(text + i)) {
+            if (kWrite) NarrowBlock(text + i, out + n);
+            n += 8;
+            i += 8;
+            continue;
         }
-        if (kWrite) {
-            if (n == capacity) return 0;
-            out[n] = static_cast<char>(byte);
+        for (; i < stop; ++i) {
+            const char16_t u = text[i];
+            uint16_t byte = entries[map.blockOf[u >> 8] * 256u + (u & 0xFFu)];
+            if (byte == EncodeTable::kNone) {
+                // Without a question mark of its own the page can't replace anything, and
+                // iconv's way fails the conversion there too.
+                if (map.question < 0) return 0;
+                byte = static_cast<uint16_t>(map.question);
+                if (usedDefault != nullptr) *usedDefault = true;
+                if (IsHighSurrogate(u) && i + 1 < length && IsLowSurrogate(text[i + 1])) ++i;
+            }
+            if (kWrite) out[n] = static_cast<char>(byte);
+            ++n;
         }
-        ++n;
     }
     return static_cast<int32_t>(n);
 }
@@ -225,8 +291,13 @@ int32_t Encode(const EncodeTable& map, const char16_t* text, size_t length, char
 
 int32_t EncodeSingleBytes(const EncodeTable& map, const char16_t* text, size_t length, char* out,
                           size_t capacity, bool* usedDefault) {
-    return out != nullptr ? Encode<true>(map, text, length, out, capacity, usedDefault)
-                          : Encode<false>(map, text, length, out, capacity, usedDefault);
+    if (out == nullptr) return Encode<false>(map, text, length, out, usedDefault);
+    // Every unit gives at most one byte; only a room smaller than the text needs a count.
+    if (capacity < length) {
+        const int32_t n = Encode<false>(map, text, length, out, nullptr);
+        if (n == 0 || static_cast<size_t>(n) > capacity) return 0;
+    }
+    return Encode<true>(map, text, length, out, usedDefault);
 }
 
 } // namespace vetra::platform::posix
