@@ -4,7 +4,10 @@
 The same seed and size give the same bytes. Items carry several attributes, text
 with entity and character references, non-ASCII letters, some CDATA sections and
 comments; elements nest four deep (catalog, section, item, fields).
-Usage: gen_corpus.py OUT [SIZE]   (SIZE in bytes, with an optional K or M suffix)
+With an ENCODING (a name Python's codecs and the XML declaration both take, such
+as windows-1252 or Shift_JIS) the catalog is written in it, declares it, and
+keeps only the author names it can hold.
+Usage: gen_corpus.py OUT [SIZE] [ENCODING]   (SIZE in bytes, optional K or M suffix)
 """
 import random
 import sys
@@ -39,7 +42,7 @@ def text_with_refs(rng):
     return " ".join(parts)
 
 
-def item(rng, number):
+def item(rng, number, names):
     """The text of one item, indented at level 3, its fields at level 4."""
     attrs = ('id="i%07d" sku="%s-%05d" price="%d.%02d" currency="%s" stock="%d"'
              % (number, rng.choice(WORDS)[:3].upper(), rng.randrange(100000),
@@ -50,7 +53,7 @@ def item(rng, number):
     lines = ["    <item %s>" % attrs,
              "      <title>%s</title>" % text_with_refs(rng),
              '      <author role="%s">%s</author>' % (rng.choice(("writer", "editor")),
-                                                     rng.choice(NAMES))]
+                                                     rng.choice(names))]
     roll = rng.random()
     if roll < 0.15:
         lines.append("      <description><![CDATA[%s <b>%s</b> & %s]]></description>"
@@ -67,32 +70,33 @@ def item(rng, number):
     return CRLF.join(lines) + CRLF
 
 
-def generate(out, size):
+def generate(out, size, encoding="UTF-8"):
     rng = random.Random(SEED)
-    head = ('<?xml version="1.0" encoding="UTF-8"?>' + CRLF
+    names = [n for n in NAMES if n.encode(encoding, "ignore").decode(encoding) == n]
+    head = ('<?xml version="1.0" encoding="%s"?>' % encoding + CRLF
             + "<!-- generated benchmark catalog -->" + CRLF
             + '<catalog version="1.0" generator="gen_corpus">' + CRLF)
     tail = "</catalog>" + CRLF
-    written = out.write(head.encode("utf-8"))
+    written = out.write(head.encode(encoding))
     number = section = 0
     while written + len(tail) < size:
         section += 1
         chunk = ['  <section id="s%d" name="%s">%s' % (section, words(rng, 1, 2), CRLF)]
         for _ in range(rng.randint(20, 60)):
             number += 1
-            chunk.append(item(rng, number))
+            chunk.append(item(rng, number, names))
         chunk.append("  </section>" + CRLF)
-        written += out.write("".join(chunk).encode("utf-8"))
-    written += out.write(tail.encode("utf-8"))
+        written += out.write("".join(chunk).encode(encoding))
+    written += out.write(tail.encode(encoding))
     return written, number
 
 
 def main(argv):
-    if len(argv) not in (2, 3):
+    if len(argv) not in (2, 3, 4):
         sys.exit(__doc__)
-    size = parse_size(argv[2]) if len(argv) == 3 else 64 << 20
+    size = parse_size(argv[2]) if len(argv) >= 3 else 64 << 20
     with open(argv[1], "wb") as out:
-        written, items = generate(out, size)
+        written, items = generate(out, size, *argv[3:])
     print("%s: %d bytes, %d items" % (argv[1], written, items))
 
 

@@ -73,6 +73,16 @@ if [ "$(cat "$catalog.size" 2>/dev/null)" != "$size" ]; then
   python3 bench/gen_corpus.py "$catalog" "$size"
   echo "$size" > "$catalog.size"
 fi
+# The same catalog in two legacy encodings, for loading through a converter.
+encoded=()
+for enc in windows-1252 Shift_JIS; do
+  file=$corpus_dir/catalog_$(echo "$enc" | tr 'A-Z-' 'a-z_').xml
+  if [ "$(cat "$file.size" 2>/dev/null)" != "$size" ]; then
+    python3 bench/gen_corpus.py "$file" "$size" "$enc"
+    echo "$size" > "$file.size"
+  fi
+  encoded+=("$file")
+done
 corpora=("$catalog")
 for real in /usr/share/mime/packages/freedesktop.org.xml /usr/share/xml/iso-codes/iso_639-3.xml; do
   if [ -r "$real" ]; then corpora+=("$real"); else echo "skipped (not present): $real"; fi
@@ -97,6 +107,10 @@ for round in $(seq "$rounds"); do
     for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" walk "$corpus"; done
   done
   for lib in vetra pugixml rapidxml tinyxml2 libxml2; do run "$lib" build --items "$items"; done
+  for lib in vetra pugixml libxml2; do run "$lib" load "$catalog"; run "$lib" save "$catalog"; done
+  for file in "${encoded[@]}"; do
+    for lib in vetra libxml2; do run "$lib" load "$file"; done
+  done
 done
 for lib in vetra pugixml; do run "$lib" scaling "$catalog"; done
 

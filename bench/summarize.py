@@ -18,7 +18,7 @@ from collections import OrderedDict
 FIELDS = ("lib", "work", "corpus", "bytes", "run", "seconds", "elements", "attributes",
           "chars", "peak_kib", "base_kib", "wall")
 LIBS = ("vetra", "vetra-utf8", "pugixml", "rapidxml", "tinyxml2", "libxml2")
-WORKS = ("parse", "walk", "build")  # then the scaling works, in the order they came
+WORKS = ("parse", "walk", "build", "load", "save")  # then the scaling works, as they came
 
 
 def load(path):
@@ -72,10 +72,12 @@ def summarize(groups):
             "doc_rss_mib": (int(last["peak_kib"]) - int(last["base_kib"])) / 1024,
             "rounds": round_medians(runs),
         })
-    reference = {(r["work"], r["corpus"]): r for r in rows if r["lib"] == "pugixml"}
+    for peer in ("pugixml", "libxml2"):
+        reference = {(r["work"], r["corpus"]): r for r in rows if r["lib"] == peer}
+        for r in rows:
+            ref = reference.get((r["work"], r["corpus"]))
+            r["ratio_to_" + peer] = paired_ratio(r, ref) if ref else None
     for r in rows:
-        ref = reference.get((r["work"], r["corpus"]))
-        r["ratio_to_pugixml"] = paired_ratio(r, ref) if ref else None
         if r["work"] == "build":
             r["throughput"] = r["elements"] / r["median_s"] / 1e6
             r["unit"] = "Melem/s"
@@ -114,9 +116,9 @@ def duration(seconds):
 
 
 def print_table(rows):
-    head = "%-12s %-14s %-10s %11s %17s %9s %11s %8s %8s" % (
-        "work", "corpus", "library", "cpu median", "throughput", "x pugixml", "cold run",
-        "peak MiB", "doc MiB")
+    head = "%-12s %-14s %-10s %11s %17s %9s %9s %11s %8s %8s" % (
+        "work", "corpus", "library", "cpu median", "throughput", "x pugixml", "x libxml2",
+        "cold run", "peak MiB", "doc MiB")
     print(head)
     print("-" * len(head))
     previous = None
@@ -124,13 +126,13 @@ def print_table(rows):
         if previous and previous != (r["work"], r["corpus"]):
             print()
         previous = (r["work"], r["corpus"])
-        x = r["ratio_to_pugixml"]
-        ratio = "-" if x is None else "%.2f" % x if x < 1000 else "%.0f" % x
+        ratio, ratio2 = ("-" if x is None else "%.2f" % x if x < 1000 else "%.0f" % x
+                         for x in (r["ratio_to_pugixml"], r["ratio_to_libxml2"]))
         cold = duration(r["cold_s"]) if r["cold_s"] is not None else "-"
         # A scaling row's throughput is its median again, in ns: not repeated here.
         rate = "-" if r["unit"] == "ns/op" else "%9.1f %-7s" % (r["throughput"], r["unit"])
-        print("%-12s %-14s %-10s %11s %17s %9s %11s %8.1f %8.1f" % (
-            r["work"], r["corpus"], r["lib"], duration(r["median_s"]), rate, ratio, cold,
+        print("%-12s %-14s %-10s %11s %17s %9s %9s %11s %8.1f %8.1f" % (
+            r["work"], r["corpus"], r["lib"], duration(r["median_s"]), rate, ratio, ratio2, cold,
             r["peak_rss_mib"], r["doc_rss_mib"]))
     for corpus in OrderedDict((r["corpus"], 0) for r in rows if r["work"] == "walk"):
         walk = next(r for r in rows if r["work"] == "walk" and r["corpus"] == corpus)
@@ -140,7 +142,8 @@ def print_table(rows):
 
 def write_csv(rows, path):
     columns = ("work", "corpus", "lib", "runs", "bytes", "median_s", "median_wall_s", "cold_s",
-               "throughput", "unit", "ratio_to_pugixml", "elements", "attributes", "chars",
+               "throughput", "unit", "ratio_to_pugixml", "ratio_to_libxml2", "elements",
+               "attributes", "chars",
                "peak_rss_mib", "doc_rss_mib")
     with open(path, "w", newline="") as out:
         writer = csv.writer(out)

@@ -17,9 +17,9 @@ import gen_corpus  # noqa: E402
 import summarize  # noqa: E402
 
 
-def generate(size):
+def generate(size, *encoding):
     out = io.BytesIO()
-    gen_corpus.generate(out, size)
+    gen_corpus.generate(out, size, *encoding)
     return out.getvalue()
 
 
@@ -45,6 +45,16 @@ class CorpusTest(unittest.TestCase):
             self.assertIn(piece, text)
         depth = max(len(path) for path in paths(ElementTree.fromstring(text)))
         self.assertEqual(depth, 4)
+
+    def test_other_encodings_declare_themselves(self):
+        for encoding, letter in (("windows-1252", "é"), ("Shift_JIS", "山")):
+            with self.subTest(encoding=encoding):
+                text = generate(100000, encoding)
+                self.assertTrue(text.startswith(b'<?xml version="1.0" encoding="%s"?>'
+                                                % encoding.encode()))
+                decoded = text.decode(encoding)
+                self.assertIn(letter, decoded)
+                self.assertEqual(ElementTree.fromstring(decoded).tag, "catalog")
 
 
 def paths(element, above=()):

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -30,11 +31,12 @@ const char kUsage[] =
     "       xml_bench --check\n"
     "LIB:  vetra vetra-utf8 pugixml rapidxml tinyxml2 libxml2\n"
     "WORK: parse walk (need FILE), build (--items, default 500000), scaling (FILE;\n"
-    "      vetra or pugixml)\n"
+    "      vetra or pugixml), load save (FILE; vetra, pugixml, libxml2)\n"
     "Prints: lib,work,corpus,bytes,run,seconds,elements,attributes,chars,peak_kib,base_kib,wall\n"
     "        (seconds: CPU time of the thread; wall: elapsed time)\n"
     "        (peak_kib: after the cold run where there is one; base_kib: before it)\n"
-    "        (parse, walk and build: run 0 is an extra, cold run before the N warm ones)\n";
+    "        (parse, walk, build, load, save: run 0 is an extra, cold run before the N\n"
+    "        warm ones; save writes FILE.LIB.saved beside FILE and removes it)\n";
 
 struct Options {
     std::string lib, work, file;
@@ -130,6 +132,28 @@ Row TimeParse(const Peer& peer, Input& in, int runs, bool walk) {
     return row;
 }
 
+// The library reads the file itself (load), or writes a document it loaded
+// untimed (save); the program holds no copy of the file.
+Row TimeFile(const Peer& peer, const std::string& file, int runs, bool save) {
+    Row row;
+    row.work = save ? "save" : "load";
+    row.bytes = static_cast<double>(std::filesystem::file_size(file));
+    const std::string saved = file + "." + peer.name + ".saved";
+    for (int run = 0; run <= runs; ++run) {
+        void* doc = save ? peer.load(file.c_str()) : nullptr;
+        TimeRun(row, [&] {
+            if (save)
+                peer.save(doc, saved.c_str());
+            else
+                doc = peer.load(file.c_str());
+        });
+        peer.release(doc);
+        if (run == 0) row.peakKib = PeakRssKib();
+    }
+    std::remove(saved.c_str());
+    return row;
+}
+
 Row TimeBuild(const Peer& peer, Input& in, int runs, int items) {
     Row row;
     row.work = "build";
@@ -170,8 +194,9 @@ int Run(const Options& o) {
     const bool needsFile = o.work != "build";
     if (needsFile == o.file.empty())
         Fail(needsFile ? "this work needs a FILE" : "build takes no FILE");
+    const bool fileWork = o.work == "load" || o.work == "save";
     Input in;
-    if (needsFile) in.utf8 = ReadFile(o.file);
+    if (needsFile && !fileWork) in.utf8 = ReadFile(o.file);
     const std::string corpus = needsFile ? CorpusName(o.file) : "items-" + std::to_string(o.items);
     peer.prepare(in);
     const long base = CurrentRssKib();
@@ -183,6 +208,8 @@ int Run(const Options& o) {
         rows.push_back(TimeBuild(peer, in, o.runs, o.items));
     else if (o.work == "scaling")
         rows = TimeScaling(o, in);
+    else if (fileWork && peer.load)
+        rows.push_back(TimeFile(peer, o.file, o.runs, o.work == "save"));
     else
         Fail(o.lib + " has no work " + o.work);
 

@@ -43,6 +43,12 @@ struct Peer {
     /// attributes and one child with data, and writes its text; returns the
     /// length of that text in bytes.
     std::size_t (*build)(int items);
+    /// Timed: a file to a navigable document, the library reading it itself;
+    /// null where the library has no such call.
+    void* (*load)(const char* path);
+    /// Timed: writes a document to a file, as compact as the library writes
+    /// (vetra: the text as it is; the peers: no indentation).
+    void (*save)(void* doc, const char* path);
 };
 
 /// All peers, in the order of the report; null-terminated.

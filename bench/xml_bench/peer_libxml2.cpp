@@ -106,8 +106,19 @@ std::size_t Build(int items) {
     return static_cast<std::size_t>(size);
 }
 
+void* Load(const char* path) {
+    xmlDocPtr doc = xmlReadFile(path, nullptr, XML_PARSE_NONET | XML_PARSE_HUGE);
+    if (!doc) std::fprintf(stderr, "libxml2: the file did not parse\n");
+    return doc;
+}
+
+void Save(void* handle, const char* path) {
+    if (xmlSaveFile(path, static_cast<xmlDocPtr>(handle)) < 0)
+        std::fprintf(stderr, "libxml2: xmlSaveFile failed\n");
+}
+
 } // namespace
 
-extern const Peer kLibxml2{"libxml2", PrepareInit, Parse, Walk, Release, Build};
+extern const Peer kLibxml2{"libxml2", PrepareInit, Parse, Walk, Release, Build, Load, Save};
 
 } // namespace bench

@@ -83,8 +83,20 @@ std::size_t Build(int items) {
     return out.text.size();
 }
 
+void* Load(const char* path) {
+    auto* doc = new pugi::xml_document;
+    const pugi::xml_parse_result result = doc->load_file(path);
+    if (!result) std::fprintf(stderr, "pugixml: %s at %td\n", result.description(), result.offset);
+    return doc;
+}
+
+void Save(void* handle, const char* path) {
+    if (!static_cast<pugi::xml_document*>(handle)->save_file(path, "", pugi::format_raw))
+        std::fprintf(stderr, "pugixml: save_file failed\n");
+}
+
 } // namespace
 
-extern const Peer kPugixml{"pugixml", PrepareNothing, Parse, Walk, Release, Build};
+extern const Peer kPugixml{"pugixml", PrepareNothing, Parse, Walk, Release, Build, Load, Save};
 
 } // namespace bench

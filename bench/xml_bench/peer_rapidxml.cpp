@@ -98,6 +98,7 @@ std::size_t Build(int items) {
 
 } // namespace
 
-extern const Peer kRapidxml{"rapidxml", PrepareScratch, Parse, Walk, Release, Build};
+extern const Peer kRapidxml{"rapidxml", PrepareScratch, Parse,   Walk,
+                            Release,    Build,          nullptr, nullptr};
 
 } // namespace bench

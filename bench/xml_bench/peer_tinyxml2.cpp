@@ -80,6 +80,7 @@ std::size_t Build(int items) {
 
 } // namespace
 
-extern const Peer kTinyxml2{"tinyxml2", PrepareNothing, Parse, Walk, Release, Build};
+extern const Peer kTinyxml2{"tinyxml2", PrepareNothing, Parse,   Walk,
+                            Release,    Build,          nullptr, nullptr};
 
 } // namespace bench

@@ -10,8 +10,8 @@
 #include "peer.h"
 #include "platform/text_codec.h"
 #include "text/document_bytes.h"
-#include "xml/xml_engine.h"
 #include "vetra/vetra.h"
+#include "xml/xml_engine.h"
 
 namespace bench {
 namespace {
@@ -122,10 +122,22 @@ std::size_t Build(int items) {
     return Length(doc.GetDoc()) * sizeof(char16_t);
 }
 
+// The file to a document through the public class, as an application does.
+void* Load(const char* path) {
+    auto* doc = new CVTXmlParser;
+    if (!doc->Load(path)) std::fprintf(stderr, "vetra: the file did not load well-formed\n");
+    return doc;
+}
+
+void Save(void* handle, const char* path) {
+    if (!static_cast<CVTXmlParser*>(handle)->Save(path))
+        std::fprintf(stderr, "vetra: Save failed\n");
+}
+
 } // namespace
 
-extern const Peer kVetra{"vetra", PrepareUtf16, ParseUtf16, Walk, Release, Build};
-extern const Peer kVetraUtf8{"vetra-utf8", PrepareNothing, ParseUtf8, nullptr, ReleaseEngine,
-                             nullptr};
+extern const Peer kVetra{"vetra", PrepareUtf16, ParseUtf16, Walk, Release, Build, Load, Save};
+extern const Peer kVetraUtf8{"vetra-utf8",  PrepareNothing, ParseUtf8, nullptr,
+                             ReleaseEngine, nullptr,        nullptr,   nullptr};
 
 } // namespace bench
