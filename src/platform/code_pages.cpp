@@ -15,6 +15,9 @@ namespace {
 // 708 is read as ISO-8859-6; 20002 (Big5 with the ETEN extensions) as glibc's Big5;
 // 50221 and 50222 as ISO-2022-JP-3, which has the one-byte katakana of 50221 but not the
 // shift-out form of 50222; 38598 (logical Hebrew) as ISO-8859-8, which has the same bytes.
+// glibc's Mac tables are older than Apple's current ones: 10079 (MAC-IS) reads 12 bytes otherwise
+// (0xDC/0xDD are U+0110/U+0111, not U+00D0/U+00F0; 0xA0 is U+2020, not U+00DD), and 10000,
+// 10007 and 10017 have the currency sign where Apple's tables now have the euro (0xDB, 0xFF).
 // Pages that glibc lacks altogether are not here, so they convert to nothing: 720, 853,
 // the Mac pages 10001 to 10006, 10008, 10010, 10021, 10081 and 10082, 20000, 20001,
 // 20003 to 20005, 20105, 29001, 52936 (HZ) and the ISCII pages 57002 to 57011.

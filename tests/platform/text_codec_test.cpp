@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -274,6 +277,41 @@ TEST(SingleBytePages, OnlyPagesWhoseBytesStandAlone) {
         EXPECT_EQ(posix::SingleByteDecoder(codePage), nullptr) << codePage;
         EXPECT_EQ(posix::SingleByteEncoder(codePage), nullptr) << codePage;
     }
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// Real text in every page of the encoding-name table that glibc and Python both convert
+// (tests/data/codepages/make_fixtures.py): our reading of Python's bytes must be Python's,
+// and our writing must give them back, byte for byte where the page has no shift states.
+TEST(CodePages, AgreeWithPythonOnRealText) {
+    const auto folder = std::filesystem::path(__FILE__).parent_path() / "../data/codepages";
+    int pages = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() != ".bin") continue;
+        const auto codePage = static_cast<uint32_t>(std::stoul(entry.path().stem().string()));
+        SCOPED_TRACE(codePage);
+        const std::string bytes = ReadFile(entry.path());
+        const std::string expected =
+            ReadFile(std::filesystem::path(entry.path()).replace_extension(".utf16"));
+        const std::u16string text(reinterpret_cast<const char16_t*>(expected.data()),
+                                  expected.size() / 2);
+        ASSERT_FALSE(text.empty());
+        EXPECT_EQ(ToWide(codePage, bytes), text);
+        bool used = true;
+        const std::string written = ToBytes(codePage, text, &used);
+        EXPECT_FALSE(used);
+        EXPECT_EQ(ToWide(codePage, written), text);
+        const bool shifts = codePage == 65000 || (codePage >= 50220 && codePage <= 50229);
+        if (!shifts) {
+            EXPECT_EQ(written, bytes);
+        }
+        ++pages;
+    }
+    EXPECT_EQ(pages, 65);
 }
 
 } // namespace
