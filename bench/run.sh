@@ -75,8 +75,8 @@ if [ "$(cat "$catalog.size" 2>/dev/null)" != "$size" ]; then
 fi
 # The same catalog in two legacy encodings, for loading through a converter.
 encoded=()
-for enc in windows-1252 Shift_JIS; do
-  file=$corpus_dir/catalog_$(echo "$enc" | tr 'A-Z-' 'a-z_').xml
+for pair in 1252:windows-1252 sjis:Shift_JIS; do
+  enc=${pair#*:} file=$corpus_dir/catalog_${pair%%:*}.xml
   if [ "$(cat "$file.size" 2>/dev/null)" != "$size" ]; then
     python3 bench/gen_corpus.py "$file" "$size" "$enc"
     echo "$size" > "$file.size"
