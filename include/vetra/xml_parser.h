@@ -65,10 +65,10 @@ class VETRA_API CVTXmlParser {
     /// Reads the whole file and parses it as SetDoc does. The encoding is,
     /// in this order: a byte-order mark (UTF-8, UTF-16LE, UTF-16BE), the
     /// encoding declared in the first 1024 bytes (an XML declaration or an
-    /// HTML meta element), UTF-8 if the file starts with '<' or its bytes are
-    /// well-formed UTF-8, else the locale's code page (UTF-8 in the "C"
-    /// locale). Null characters are dropped. A mark found is remembered for
-    /// Save; nothing else of the encoding is.
+    /// HTML meta element), UTF-8 if the file starts with '<' or its bytes read
+    /// as UTF-8, else the locale's code page (UTF-8 in the "C" locale). Null
+    /// characters are dropped; bytes the encoding can't read become U+FFFD.
+    /// A mark found is remembered for Save; nothing else of the encoding is.
     ///
     /// Returns 1 if the text is well-formed with exactly one root element,
     /// else 0 (an empty file gives 0). On failure (no such file, a directory,
