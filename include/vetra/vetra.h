@@ -4,5 +4,7 @@
 
 #include "vetra/vetra_export.h"
 #include "vetra/xml_parser.h"
+#include "vetra/block_buffer.h"
+#include "vetra/vtmem.h"
 
 #endif // VETRA_H
