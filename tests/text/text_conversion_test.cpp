@@ -83,7 +83,6 @@ TEST(ConvertText, Ways) {
         // Pairs that no way joins.
         {U16, Units16(u"ab"), U16, ""},
         {U32, Units32({0x41}), u"windows-1252", ""},
-        {U32, Units32({0x41}), U32, ""},
         {u"windows-1252", "A", U32, ""},
         {u"utf-32", Units32({0x41}), U16, ""}, // the platform's UTF-32 is refused
         // UTF-32 made by hand; values are not checked.
@@ -104,11 +103,9 @@ TEST(ConvertText, Ways) {
         {U16, Units16(u"A\u4E00"), u"windows-1252", "A?", 1},
         {U16, Units16(u"A\xD800"), u"utf-8", "A\xEF\xBF\xBD"}, // UTF-8 hides loss
         {U16, Units16(u"\u6F22\u00E9"), u"iso-2022-jp", "\x1B$B4A\x1B(B?"},
-        {u"windows-1252", "\x80\xE9", U16, Units16(u"\u20AC\u00E9")},
         {u"Shift_JIS", "\x93\xFA\x96\x7B", U16, Units16(u"\u65E5\u672C")},
         {u"koi8-r", "\xF6\xD6", u"windows-1251", "\xC6\xE6"}, // through wide text
         {u"windows-1251", "\xC6\x41", u"windows-1252", "?A", 1},
-        {u"UTF-16LE", Units16(u"\u00E9"), u"latin1", "\xE9"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.from) + " -> " + Show(c.to) + " of " +
