@@ -23,12 +23,19 @@ void Check(bool ok, const char* what) {
     }
 }
 
-// One folder for the whole run, for the file read and the file written.
+// One folder for the whole run, for the file read and the file written; removed at exit.
+char g_folder[] = "/tmp/vetra-load-fuzz-XXXXXX";
+
+void RemoveFolder() {
+    unlink((std::string(g_folder) + "/in.xml").c_str());
+    rmdir(g_folder);
+}
+
 const std::string& Folder() {
     static const std::string folder = [] {
-        char pattern[] = "/tmp/vetra-load-fuzz-XXXXXX";
-        Check(mkdtemp(pattern) != nullptr, "a scratch folder");
-        return std::string(pattern);
+        Check(mkdtemp(g_folder) != nullptr, "a scratch folder");
+        std::atexit(RemoveFolder);
+        return std::string(g_folder);
     }();
     return folder;
 }
