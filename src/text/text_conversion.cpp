@@ -183,7 +183,7 @@ int32_t FromWide(int32_t toPage, const char16_t* text, int32_t length, void* des
     const int32_t n =
         g_calls.fromWide(static_cast<uint32_t>(toPage), text, length, static_cast<char*>(dest),
                          capacity, CodePageHidesLoss(toPage) ? nullptr : &used);
-    lossy = used ? 1 : 0;
+    lossy = (n != 0 && used) ? 1 : 0; // a failed call's flag means nothing
     return n;
 }
 
@@ -206,10 +206,10 @@ int32_t Convert(TextConversion& c, int32_t from, int32_t to, void* dest) {
     }
     if (from == kUtf16) {
         if (to == CodePageUtf32) return Utf16ToUtf32(c.source, c.sourceLength, dest, capacity);
-        // The original asks for one byte more than the record's capacity. A
-        // correctly measured destination ends exactly where the text does, so
-        // that extra byte is never used; the platform gets the true capacity,
-        // and a mis-measured call fails instead of writing past the buffer.
+        // The converter gets exactly the record's capacity, never a byte more:
+        // a correctly measured destination ends where the text does, so no
+        // room is missing, and a mis-measured call fails instead of writing
+        // past the caller's buffer.
         return FromWide(to, static_cast<const char16_t*>(c.source), c.sourceLength, dest, capacity,
                         c.lossy);
     }
