@@ -1,0 +1,169 @@
+// Tests of the PE version reader on images made byte by byte: both header forms and both
+// places of the version type, every way of breaking the road to the fixed information,
+// every truncation, hostile resource trees, and the exported functions on real files.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "host/pe_version.h"
+#include "pe_image.h"
+#include "temp_dir.h"
+#include "vetra/host.h"
+
+using vetra::host::FileVersion;
+using vetra::host::ParsePeVersion;
+using vetra::test::MakePeImage;
+using vetra::test::PeImage;
+using vetra::test::PeImageOptions;
+using vetra::test::Put16;
+using vetra::test::Put32;
+
+namespace {
+
+bool Parse(const std::vector<uint8_t>& bytes, FileVersion* version) {
+    return ParsePeVersion(bytes.data(), bytes.size(), version);
+}
+
+TEST(PeVersion, ReadsEveryLayout) {
+    for (bool pe64 : {false, true}) {
+        for (bool versionFirst : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "pe64 " << pe64 << " first " << versionFirst);
+            PeImageOptions options;
+            options.pe64 = pe64;
+            options.versionFirst = versionFirst;
+            options.versionMS = 0x000A0014;
+            options.versionLS = 0xFFFF0001;
+            FileVersion version = {0, 0};
+            ASSERT_TRUE(Parse(MakePeImage(options).bytes, &version));
+            EXPECT_EQ(version.ms, 0x000A0014u);
+            EXPECT_EQ(version.ls, 0xFFFF0001u);
+
+            options.withVersion = false;
+            EXPECT_FALSE(Parse(MakePeImage(options).bytes, &version));
+        }
+    }
+}
+
+TEST(PeVersion, EveryTruncationGivesNothing) {
+    for (bool pe64 : {false, true}) {
+        PeImageOptions options;
+        options.pe64 = pe64;
+        const std::vector<uint8_t> bytes = MakePeImage(options).bytes;
+        FileVersion version;
+        for (size_t size = 0; size < bytes.size(); ++size) {
+            // A copy of its own, so that ASan sees any read past the cut.
+            const std::vector<uint8_t> cut(bytes.begin(), bytes.begin() + size);
+            ASSERT_FALSE(Parse(cut, &version)) << "cut at " << size;
+        }
+    }
+}
+
+TEST(PeVersion, BrokenRoads) {
+    const PeImage base = MakePeImage({});
+    const size_t opt = base.optionalHeader, sections = base.sectionTable;
+    const size_t block = base.versionBlock, entry = base.versionTypeEntry;
+    const struct {
+        const char* what;
+        size_t offset;
+        uint32_t value;
+        bool wide; // 32-bit value, else 16-bit
+    } cases[] = {
+        {"DOS signature", 0, 'M' | 'X' << 8, false},
+        {"PE header beyond the file", 0x3C, 0xFFFFFFF0, true},
+        {"PE signature", 0x80, 0x0000454E, true},
+        {"optional header magic", opt, 0x107, false},
+        {"optional header too short for the resource directory", 0x80 + 20, 100, false},
+        {"two data directories only", opt + 92, 2, true},
+        {"no resource directory", opt + 96 + 16, 0, true},
+        {"resources outside every section", opt + 96 + 16, 0x9000, true},
+        {"section table beyond the file", 0x80 + 6, 0xFFFF, false},
+        {"resource section's raw data beyond the file", sections + 40 + 20, 0x10000, true},
+        {"version type is a name", entry, 0x80000010, true},
+        {"version type leads to data", entry + 4, 0x40, true},
+        {"version block length", block, 91, false},
+        {"version value length", block + 2, 51, false},
+        {"version key", block + 6, 'W', false},
+        {"fixed information signature", block + 40, 0xFEEF04BE, true},
+    };
+    FileVersion version = {0, 0};
+    ASSERT_TRUE(Parse(base.bytes, &version));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::vector<uint8_t> bytes = base.bytes;
+        if (c.wide) {
+            Put32(bytes, c.offset, c.value);
+        } else {
+            Put16(bytes, c.offset, static_cast<uint16_t>(c.value));
+        }
+        EXPECT_FALSE(Parse(bytes, &version));
+    }
+}
+
+TEST(PeVersion, HostileTreesEnd) {
+    const PeImage base = MakePeImage({});
+    const size_t root = base.resourceRoot, entry = base.versionTypeEntry;
+    const struct {
+        const char* what;
+        size_t offset;
+        uint32_t value;
+    } cases[] = {
+        // The version type's subdirectory is the root again, and so on at every level.
+        {"type loops to the root", entry + 4, 0x80000000},
+        // 65535 named and 65535 id entries, most of them beyond the section.
+        {"root claims 131070 entries", root + 12, 0xFFFFFFFF},
+        {"subdirectory offset wraps around", entry + 4, 0xFFFFFFFF},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::vector<uint8_t> bytes = base.bytes;
+        Put32(bytes, c.offset, c.value);
+        FileVersion version;
+        EXPECT_FALSE(Parse(bytes, &version));
+    }
+}
+
+void WriteFile(const std::string& path, const std::vector<uint8_t>& bytes) {
+    FILE* f = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    std::fwrite(bytes.data(), 1, bytes.size(), f);
+    std::fclose(f);
+}
+
+TEST(PeVersion, GetFileVersion) {
+    vetra::test::TempDir temp;
+    const std::string dir = temp.Path(), path = dir + "/lib\xC3\xA9.dll";
+    const std::u16string wideDir(dir.begin(), dir.end()), wide = wideDir + u"/lib\u00E9.dll";
+    uint32_t ms = 7, ls = 7;
+    EXPECT_EQ(VETRA_GetFileVersion(wide.c_str(), &ms, &ls), 0) << "missing file";
+    WriteFile(path, MakePeImage({}).bytes);
+    EXPECT_EQ(VETRA_GetFileVersion(wide.c_str(), &ms, &ls), 1);
+    EXPECT_EQ(ms, 0x00010002u);
+    EXPECT_EQ(ls, 0x00030004u);
+    EXPECT_EQ(VETRA_GetFileVersion(wide.c_str(), nullptr, nullptr), 1);
+
+    PeImageOptions options;
+    options.withVersion = false;
+    WriteFile(path, MakePeImage(options).bytes);
+    ms = ls = 7;
+    EXPECT_EQ(VETRA_GetFileVersion(wide.c_str(), &ms, &ls), 0);
+    EXPECT_EQ(ms, 7u);
+    EXPECT_EQ(ls, 7u);
+
+    const char16_t loneSurrogate[] = {u'/', 0xD800, 0};
+    for (const char16_t* file : {static_cast<const char16_t*>(nullptr), u"", wideDir.c_str(),
+                                 loneSurrogate, u"/dev/null"}) {
+        EXPECT_EQ(VETRA_GetFileVersion(file, &ms, &ls), 0);
+    }
+    EXPECT_EQ(ms, 7u);
+}
+
+TEST(BrowserVersion, IsZeroOnLinux) {
+    uint32_t major = 5, minor = 5;
+    EXPECT_EQ(VETRA_GetBrowserVersion(&major, &minor), 0);
+    EXPECT_EQ(major, 0u);
+    EXPECT_EQ(minor, 0u);
+    EXPECT_EQ(VETRA_GetBrowserVersion(nullptr, nullptr), 0);
+}
+
+} // namespace
