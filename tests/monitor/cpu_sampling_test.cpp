@@ -1,6 +1,6 @@
 // Tests of the sampling pass and the sample ring on made-up readings: the
 // baseline, the two bases of the figures, tasks that end, counters and a wall
-// clock that go backwards, and stages without a reader.
+// clock that go backwards. Every scenario runs a process and a thread record.
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -88,9 +88,6 @@ TEST(SamplePass, FiguresFromReadings) {
          {{T, {10 * H, 10 * H, 0}, {4 * H, 0, true}, 0, 0, 0},
           {T + H, {9 * H, 9 * H, 0}, {2 * H, 0, true}, 0, 0, 1},
           {T + 2 * H, {10 * H, 10 * H, H}, {3 * H, 0, true}, 25, 50, 2}}},
-        {"idle time going back alone still leaves busy time",
-         {{T, {10 * H, 10 * H, 0}, {0, 0, true}, 0, 0, 0},
-          {T + H, {9 * H, 9 * H, 2 * H}, {0, 0, true}, 100, 0, 1}}},
         {"no wall-clock time passed: no task sample, but a machine sample",
          {{T, {0, 0, 0}, {0, 0, true}, 0, 0, 0},
           {T, {H, H, H}, {0, H, true}, 50, 0, 0},
@@ -119,29 +116,6 @@ TEST(SamplePass, FiguresFromReadings) {
             }
         }
     }
-}
-
-TEST(SamplePass, WalksWholeListsAndSkipsStagesWithoutReader) {
-    TaskReading readings[3] = {{0, 0, true}, {0, 0, true}, {0, 0, true}};
-    FakeRecord records[3] = {FakeRecord(&readings[0]), FakeRecord(&readings[1]),
-                             FakeRecord(&readings[2])};
-    records[0].pNext = &records[1];
-    records[1].pNext = &records[2];
-    UsageRecord system;
-    g_system = {0, 0, 0};
-    const vetra::platform::CpuTimeReaders processesOnly{nullptr, ReadTask, nullptr};
-    vetra::monitor::SamplePass(system, &records[0], nullptr, processesOnly, T);
-    for (TaskReading& reading : readings)
-        reading.user = H;
-    vetra::monitor::SamplePass(system, &records[0], nullptr, processesOnly, T + H);
-    for (const UsageRecord& record : records)
-        EXPECT_EQ(record.nUsage, 100);
-    EXPECT_EQ(system.ullLastUpdate, 0u);
-
-    // The threads' stage alone leaves the processes' records untouched.
-    const vetra::platform::CpuTimeReaders threadsOnly{nullptr, nullptr, ReadTask};
-    vetra::monitor::SamplePass(system, &records[0], nullptr, threadsOnly, T + 2 * H);
-    EXPECT_EQ(records[2].ullLastUpdate, T + H);
 }
 
 } // namespace

@@ -64,12 +64,15 @@ bool ParseTaskTicks(const char* text, size_t length, TaskTicks& out) {
     FieldReader line{close + 1, text + length};
     line.SkipBlanks();
     if (line.pos == line.end) return false;
-    out.state = *line.pos++;
+    TaskTicks ticks{};
+    ticks.state = *line.pos++;
     // After the state: ppid pgrp session tty_nr tpgid flags minflt cminflt
     // majflt cmajflt, then utime and stime.
     for (int i = 0; i < 10; ++i)
         if (!line.Skip()) return false;
-    return line.Number(out.user) && line.Number(out.kernel);
+    if (!line.Number(ticks.user) || !line.Number(ticks.kernel)) return false;
+    out = ticks;
+    return true;
 }
 
 } // namespace vetra::platform

@@ -20,8 +20,8 @@ struct SystemTicks {
     uint64_t user;
 };
 
-/// Parses the "cpu" line at the start of `text`; false if the text doesn't
-/// start with it or has fewer than its first four figures.
+/// Parses the "cpu" line at the start of `text`; false, leaving `out` alone,
+/// if the text doesn't start with it or has fewer than its first four figures.
 bool ParseSystemTicks(const char* text, size_t length, SystemTicks& out);
 
 /// What a task's stat line (/proc/<pid>/stat, /proc/<pid>/task/<tid>/stat)
@@ -34,7 +34,8 @@ struct TaskTicks {
 
 /// Parses a stat line. The command name in parentheses may hold anything,
 /// spaces and parentheses included; the fields are counted after its last
-/// ')'. False if the line is cut short before the kernel time.
+/// ')'. False, leaving `out` alone, if the line is cut short before the
+/// kernel time.
 bool ParseTaskTicks(const char* text, size_t length, TaskTicks& out);
 
 } // namespace vetra::platform
