@@ -4,6 +4,8 @@
 
 #include "vetra/vetra_export.h"
 #include "vetra/xml_parser.h"
+#include "vetra/perf_counter.h"
+#include "vetra/cpu_usage.h"
 #include "vetra/block_buffer.h"
 #include "vetra/vtmem.h"
 
