@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "host/utf8_path.h"
-#include "platform/file_system.h"
+#include "platform/file.h"
 #include "vetra/host.h"
 
 namespace vetra::host {
@@ -209,10 +209,31 @@ bool ReadSpan(const void* context, uint64_t offset, void* out, size_t length) {
     return true;
 }
 
-bool ReadFile(const void* context, uint64_t offset, void* out, size_t length) {
-    return static_cast<const platform::filesys::ReadOnlyFile*>(context)->ReadAt(offset, out,
-                                                                                length);
-}
+// An image read from a file through the platform's file layer, closed by the destructor.
+class ImageFile {
+  public:
+    ImageFile() = default;
+    ImageFile(const ImageFile&) = delete;
+    ImageFile& operator=(const ImageFile&) = delete;
+    ~ImageFile() { platform::ActiveFileOps().close(handle_); }
+
+    // Anything but a regular file has the length 0, which holds no image.
+    bool Open(const char* path) {
+        return platform::ActiveFileOps().openForReading(path, handle_, length_) == 0;
+    }
+
+    ByteSource Source() const { return {this, static_cast<uint64_t>(length_), Read}; }
+
+  private:
+    static bool Read(const void* context, uint64_t offset, void* out, size_t length) {
+        const ImageFile& file = *static_cast<const ImageFile*>(context);
+        return platform::ActiveFileOps().readAt(file.handle_, static_cast<int64_t>(offset), out,
+                                                length) == 0;
+    }
+
+    platform::FileHandle handle_;
+    int64_t length_ = 0;
+};
 
 } // namespace
 
@@ -229,14 +250,11 @@ bool ParsePeVersion(const uint8_t* data, size_t size, FileVersion* version) {
 
 extern "C" int VETRA_GetFileVersion(const vtchar* file, uint32_t* versionMS, uint32_t* versionLS) {
     std::string path;
-    vetra::platform::filesys::ReadOnlyFile image;
+    vetra::host::ImageFile image;
+    vetra::host::FileVersion version;
     if (file == nullptr ||
         !vetra::host::PathToUtf8(file, std::char_traits<char16_t>::length(file), path) ||
-        !image.Open(path.c_str())) {
-        return 0;
-    }
-    vetra::host::FileVersion version;
-    if (!vetra::host::ReadPeVersion({&image, image.Size(), vetra::host::ReadFile}, &version)) {
+        !image.Open(path.c_str()) || !vetra::host::ReadPeVersion(image.Source(), &version)) {
         return 0;
     }
     if (versionMS != nullptr) *versionMS = version.ms;

@@ -1,13 +1,12 @@
-// file_system.h - the few file-system services of the host helpers: telling a local
-// directory path from others, making directories, and reading a file at given offsets.
+// file_system.h - the directory services of the host helpers: telling a local directory path
+// from others, and making directories.
 //
 // Paths are UTF-8. Nothing here keeps state between calls, and every function may be called
-// from several threads at once; a ReadOnlyFile object belongs to one thread at a time.
+// from several threads at once.
 #ifndef VETRA_PLATFORM_FILE_SYSTEM_H
 #define VETRA_PLATFORM_FILE_SYSTEM_H
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 
 namespace vetra::platform::filesys {
@@ -36,30 +35,6 @@ bool IsDirectory(const char* path);
 /// that the process's file-creation mask lets through. Failure is not reported: callers
 /// look at the outcome with IsDirectory.
 void MakeDirectory(const char* path);
-
-/// A regular file opened for reading at any offset, closed by the destructor.
-class ReadOnlyFile {
-  public:
-    ReadOnlyFile() = default;
-    ReadOnlyFile(const ReadOnlyFile&) = delete;
-    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
-    ~ReadOnlyFile();
-
-    /// Opens `path`. Fails for anything but a regular file (a directory, a pipe, a device
-    /// or a missing file), without waiting on it.
-    bool Open(const char* path);
-
-    /// The file's size in bytes when it was opened.
-    uint64_t Size() const { return size_; }
-
-    /// Reads exactly `length` bytes at `offset` into `out`; false if the file ends first or
-    /// the read fails, and `out` then holds something unspecified.
-    bool ReadAt(uint64_t offset, void* out, size_t length) const;
-
-  private:
-    int fd_ = -1;
-    uint64_t size_ = 0;
-};
 
 } // namespace vetra::platform::filesys
 

@@ -1,12 +1,11 @@
-// file_system.cpp - local directory paths, directory creation and positioned reads on POSIX.
+// file_system.cpp - local directory paths and directory creation on POSIX.
 //
 // A path is judged by the file system of its nearest existing ancestor, read with statfs:
 // the system's own pseudo file systems and optical media play the part of the drive types
 // that refuse directories. Everything else, including file systems unknown here, is accepted.
 #include "platform/file_system.h"
 
-#include <cerrno>
-#include <fcntl.h>
+#include <cstdint>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <unistd.h>
@@ -81,40 +80,6 @@ bool IsDirectory(const char* path) {
 
 void MakeDirectory(const char* path) {
     ::mkdir(path, 0777);
-}
-
-ReadOnlyFile::~ReadOnlyFile() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
-bool ReadOnlyFile::Open(const char* path) {
-    // O_NONBLOCK keeps open() from waiting for a writer on a named pipe; it changes nothing
-    // for a regular file, the only kind accepted.
-    const int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) return false;
-    struct stat info;
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
-        ::close(fd);
-        return false;
-    }
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = fd;
-    size_ = static_cast<uint64_t>(info.st_size);
-    return true;
-}
-
-bool ReadOnlyFile::ReadAt(uint64_t offset, void* out, size_t length) const {
-    if (fd_ < 0 || offset > size_ || length > size_ - offset) return false;
-    char* to = static_cast<char*>(out);
-    while (length > 0) {
-        const ssize_t got = ::pread(fd_, to, length, static_cast<off_t>(offset));
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
-        to += got;
-        offset += static_cast<uint64_t>(got);
-        length -= static_cast<size_t>(got);
-    }
-    return true;
 }
 
 } // namespace vetra::platform::filesys
