@@ -8,5 +8,6 @@
 #include "vetra/cpu_usage.h"
 #include "vetra/block_buffer.h"
 #include "vetra/vtmem.h"
+#include "vetra/host.h"
 
 #endif // VETRA_H
