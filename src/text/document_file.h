@@ -101,6 +101,7 @@ class DocumentFile {
 
   private:
     bool ReadUtf8InPieces(xml::DocText& text);
+    bool WriteUtf8InPieces(const wchar* text, int32_t count);
     int32_t ConvertBlock(const char* bytes, xml::DocText& text);
     bool WriteMark(const ByteOrderMark& mark);
 };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <random>
 
 #include "platform/text_codec.h"
 #include "support/doc_script.h"
@@ -85,6 +86,28 @@ TEST(FileWriter, EncodingBytesAndLog) {
         const std::string file = folder.Read("doc.xml");
         EXPECT_TRUE(head ? file.compare(0, dots, c.bytes, 0, dots) == 0 : file == c.bytes);
     }
+}
+
+// UTF-8 is written in pieces; any text, with pairs across a piece's end and lone
+// surrogates, must come out as the whole text encoded at once would.
+TEST(FileWriter, PiecesEncodeAsTheWhole) {
+    std::mt19937 random(11);
+    const char16_t* const atoms[] = {u"a",          u"\u00E9", u"\u4E00",
+                                     u"\U0001F600", u"\xD800", u"\xDC00"};
+    std::u16string text;
+    while (text.size() < 1100000)
+        text += atoms[random() % 6];
+    text.replace(1048575, 2, u"\U0001F600"); // across the end of the first piece of 1 Mi
+    std::string expected(text.size() * 3, '\0');
+    expected.resize(size_t(vetra::platform::WideToMultiByte(65001, text.data(),
+                                                            int32_t(text.size()), expected.data(),
+                                                            int32_t(expected.size()), nullptr)));
+    ScratchFolder folder;
+    WideString log;
+    uint32_t flags = 0;
+    const std::string path = folder.Path("doc.xml");
+    ASSERT_TRUE(SaveTextFile(path.c_str(), text.c_str(), int32_t(text.size()), log, flags));
+    EXPECT_TRUE(folder.Read("doc.xml") == expected);
 }
 
 // Failures from each step: the old file keeps its bytes and no temporary file is left.
