@@ -28,7 +28,9 @@
 ///   processors and not capped: one busy core reads about 100, a process
 ///   that keeps four cores busy about 400 (as `top` shows processes by
 ///   default). On Linux, from /proc/<pid>/stat and /proc/<pid>/task/<tid>/stat,
-///   which count in clock ticks (10 ms), so one sample is exact to about 2.
+///   which count in clock ticks of 10 ms: a 500 ms sample is exact to about
+///   2 points. The wall clock is the system's real-time clock: if it is set
+///   back, that pass gives a task a sample of 0; set forward, one sample low.
 ///
 /// Timing. Figures read 0 until the monitor has two readings of an object:
 /// the system figure for about 1 s after the first instance is created, a
@@ -39,7 +41,9 @@
 /// thread at once: they take the monitor's one lock, and wait for at most one
 /// pass. Construction and destruction are not safe against each other: the
 /// application serialises them, and the first construction and the last
-/// destruction must run while no other thread uses the class.
+/// destruction must run while no other thread uses the class. A child made
+/// by fork() has no update thread: it must neither use nor destroy the
+/// instances it inherited.
 class VETRA_API CVTCpuUsage {
   public:
     /// One sampled object: the machine, a process or a thread. Records are
