@@ -4,6 +4,7 @@
 
 #include "vetra/vetra_export.h"
 #include "vetra/xml_parser.h"
+#include "vetra/ip_info.h"
 #include "vetra/perf_counter.h"
 #include "vetra/cpu_usage.h"
 #include "vetra/block_buffer.h"
