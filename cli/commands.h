@@ -20,6 +20,7 @@ int RunXmlCheck(Args& args);
 int RunXmlGet(Args& args);
 int RunXmlSet(Args& args);
 int RunXmlConvert(Args& args);
+int RunCpu(Args& args);
 
 } // namespace cli
 

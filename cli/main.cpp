@@ -46,6 +46,17 @@ const Command kCommands[] = {
      "  --allow-loss  write '?' for characters NAME can't hold (otherwise refused)\n\n"
      "Exit status: 0 if OUT was written, 1 if not, 2 on errors.",
      RunXmlConvert},
+    {"cpu", "cpu [--pid N]... [--thread TID]... [--interval S] [--count N]",
+     "CPU usage of the machine and of processes, once an interval",
+     "Prints a line of CPU figures in percent every S seconds (default 1, at least 0.5),\n"
+     "N times (default: until interrupted). system% is the busy share of all cores,\n"
+     "0 to 100; a process or thread figure is its CPU time against wall-clock time,\n"
+     "not divided by the number of cores (a process busy on two cores reads 200).\n"
+     "The first line comes after about a second, when the monitor has two readings.\n\n"
+     "  --pid N       watch process N (repeatable)\n"
+     "  --thread TID  watch thread TID (repeatable)\n\n"
+     "Exit status: 0, or 2 for bad arguments or a process that can't be watched.",
+     RunCpu},
 };
 
 void PrintOverview(FILE* to) {

@@ -10,5 +10,4 @@ set(VETRA_TEXT_SOURCES
   text/charset_names.cpp
   text/text_conversion.cpp
   text/declared_encoding.cpp
-  platform/${VETRA_OS}/single_byte_pages.cpp
 )
