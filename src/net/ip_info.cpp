@@ -14,7 +14,7 @@ _VTIPI_QUERY_INFO* CVTIpInfo::Query() {
     // Freed first, so that a table that fails to read leaves nothing of the
     // last snapshot behind.
     Cleanup();
-    vetra::net::TakeSnapshot(vetra::platform::SystemNetTables(), &m_queryInfo);
+    vetra::net::TakeSnapshot(*vetra::platform::OpenSystemNetTables(), &m_queryInfo);
     return &m_queryInfo;
 }
 

@@ -15,10 +15,10 @@ namespace {
 
 constexpr uint32_t kLongestDescription = 255;
 
-// Reads one table with `read` and, if it has rows, sets `*array` and `*count`
-// to records filled by `fill(row, record)`.
-template <class Row, class Record, class Fill>
-void ReadStage(bool (*read)(std::vector<Row>*), Record** array, uint32_t* count, Fill fill) {
+// Reads one table with `read(rows)` and, if it has rows, sets `*array` and
+// `*count` to records filled by `fill(row, record)`.
+template <class Row, class Record, class Read, class Fill>
+void ReadStage(Read read, Record** array, uint32_t* count, Fill fill) {
     std::vector<Row> rows;
     if (!read(&rows) || rows.empty()) return;
     std::unique_ptr<Record[]> records(new Record[rows.size()]());
@@ -83,16 +83,20 @@ void FillInterface(const platform::NetInterfaceRow& row, _VTIPI_IF_INFO& out) {
 
 } // namespace
 
-void TakeSnapshot(const platform::NetTableReaders& readers, _VTIPI_QUERY_INFO* info) {
-    ReadStage(readers.addresses, &info->pAddresses, &info->nAddressCount, FillAddress);
-    ReadStage(readers.routes, &info->pRoutes, &info->nRouteCount, FillRoute);
+void TakeSnapshot(platform::NetTableSource& source, _VTIPI_QUERY_INFO* info) {
+    using namespace platform;
+    ReadStage<NetAddressRow>([&](auto* rows) { return source.ReadAddresses(rows); },
+                             &info->pAddresses, &info->nAddressCount, FillAddress);
+    ReadStage<NetRouteRow>([&](auto* rows) { return source.ReadRoutes(rows); }, &info->pRoutes,
+                           &info->nRouteCount, FillRoute);
     for (uint32_t i = 0; i < info->nRouteCount; ++i) {
         if (info->pRoutes[i].dwForwardDest == 0) {
             info->dwDefaultGateway = info->pRoutes[i].dwForwardNextHop;
             break;
         }
     }
-    ReadStage(readers.interfaces, &info->pInterfaces, &info->nInterfaceCount, FillInterface);
+    ReadStage<NetInterfaceRow>([&](auto* rows) { return source.ReadInterfaces(rows); },
+                               &info->pInterfaces, &info->nInterfaceCount, FillInterface);
 }
 
 void FreeSnapshot(_VTIPI_QUERY_INFO* info) {

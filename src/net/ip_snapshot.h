@@ -2,7 +2,7 @@
 // copy of each row into the records, the default gateway, and the interface
 // description as UTF-16 text.
 //
-// CVTIpInfo::Query hands it the system's readers; tests hand it made-up ones.
+// CVTIpInfo::Query hands it the system's tables; tests hand it made-up ones.
 #ifndef VETRA_NET_IP_SNAPSHOT_H
 #define VETRA_NET_IP_SNAPSHOT_H
 
@@ -11,12 +11,12 @@
 
 namespace vetra::net {
 
-/// Reads addresses, routes and interfaces, in this order, into `info`, which
+/// Reads addresses, routes and interfaces from `source`, in this order, into `info`, which
 /// must be empty (every field 0 or null). Each table stands alone: one that
 /// fails to read, or has no rows, leaves its array null and its count 0. The
 /// arrays are allocated with new[]. Throws std::bad_alloc when memory runs
 /// out; `info` then holds the tables filled so far, and nothing leaks.
-void TakeSnapshot(const platform::NetTableReaders& readers, _VTIPI_QUERY_INFO* info);
+void TakeSnapshot(platform::NetTableSource& source, _VTIPI_QUERY_INFO* info);
 
 /// Frees the arrays of `info` and sets every field to 0 or null.
 void FreeSnapshot(_VTIPI_QUERY_INFO* info);

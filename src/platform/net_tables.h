@@ -3,12 +3,13 @@
 //
 // Field values are already those of the library's records (interface types,
 // status codes, route types and protocols, address flags); addresses stay in
-// network byte order. Nothing here joins the tables or keeps state between
-// calls: the readers may run on several threads at once.
+// network byte order. Nothing here joins the tables, and nothing is shared
+// between sources: different threads may use sources of their own at once.
 #ifndef VETRA_PLATFORM_NET_TABLES_H
 #define VETRA_PLATFORM_NET_TABLES_H
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace vetra::platform {
@@ -105,21 +106,25 @@ struct NetInterfaceRow {
     char descr[256];   // the name, null-terminated when descrLen < 256
 };
 
-/// The readers of the three tables. Each replaces `rows` with the table,
+/// A source of the three tables. Each read replaces `rows` with the table,
 /// sorted (addresses by address in host order, then index; routes by
 /// destination, mask, metric, then interface index, numbers in host order;
 /// interfaces by index), and returns true; or returns false when the table
 /// can't be read whole (no access to the system's tables, a malformed
 /// answer, or a table that changed during the read), `rows` then holding
-/// anything. Throws std::bad_alloc when memory runs out.
-struct NetTableReaders {
-    bool (*addresses)(std::vector<NetAddressRow>* rows);
-    bool (*routes)(std::vector<NetRouteRow>* rows);
-    bool (*interfaces)(std::vector<NetInterfaceRow>* rows);
+/// anything. A failed read leaves the source fit for the next one. Throws
+/// std::bad_alloc when memory runs out. One thread at a time.
+class NetTableSource {
+  public:
+    virtual ~NetTableSource() = default;
+    virtual bool ReadAddresses(std::vector<NetAddressRow>* rows) = 0;
+    virtual bool ReadRoutes(std::vector<NetRouteRow>* rows) = 0;
+    virtual bool ReadInterfaces(std::vector<NetInterfaceRow>* rows) = 0;
 };
 
-/// The readers of this machine's tables.
-const NetTableReaders& SystemNetTables();
+/// A source of this machine's tables, holding one connection to the system
+/// for all its reads (made at the first read). Throws std::bad_alloc.
+std::unique_ptr<NetTableSource> OpenSystemNetTables();
 
 } // namespace vetra::platform
 

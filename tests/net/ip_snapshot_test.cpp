@@ -30,16 +30,18 @@ struct FakeTables {
     std::vector<NetInterfaceRow> interfaces{{}};
 } g_tables;
 
-const platform::NetTableReaders kFakeReaders{
-    [](std::vector<NetAddressRow>* rows) {
+struct FakeSource : platform::NetTableSource {
+    bool ReadAddresses(std::vector<NetAddressRow>* rows) override {
         return *rows = g_tables.addresses, g_tables.addressesOk;
-    },
-    [](std::vector<NetRouteRow>* rows) { return *rows = g_tables.routes, g_tables.routesOk; },
-    [](std::vector<NetInterfaceRow>* rows) {
+    }
+    bool ReadRoutes(std::vector<NetRouteRow>* rows) override {
+        return *rows = g_tables.routes, g_tables.routesOk;
+    }
+    bool ReadInterfaces(std::vector<NetInterfaceRow>* rows) override {
         if (g_tables.interfacesThrow) throw std::bad_alloc();
         return *rows = g_tables.interfaces, g_tables.interfacesOk;
-    },
-};
+    }
+} g_fake;
 
 class SnapshotTest : public ::testing::Test {
   protected:
@@ -55,7 +57,7 @@ TEST_F(SnapshotTest, EachStageStandsAlone) {
         g_tables.interfacesOk = failing != 2;
         if (failing == 3) g_tables.routes.clear(); // read, but empty
         const bool routes = failing != 1 && failing != 3;
-        TakeSnapshot(kFakeReaders, &info_);
+        TakeSnapshot(g_fake, &info_);
         EXPECT_EQ(info_.nAddressCount, failing == 0 ? 0u : 1u);
         EXPECT_EQ(info_.pAddresses != nullptr, failing != 0);
         EXPECT_EQ(info_.nRouteCount, routes ? 3u : 0u);
@@ -82,7 +84,7 @@ TEST_F(SnapshotTest, Description) {
         NetInterfaceRow& row = g_tables.interfaces[0];
         std::memcpy(row.descr, c.bytes.data(), std::min(c.bytes.size(), sizeof row.descr));
         row.descrLen = c.descrLen;
-        TakeSnapshot(kFakeReaders, &info_);
+        TakeSnapshot(g_fake, &info_);
         const _VTIPI_IF_INFO& i = info_.pInterfaces[0];
         EXPECT_EQ(i.dwDescrLen, c.storedLen) << c.bytes;
         EXPECT_EQ(std::u16string(i.wszDescr, i.wszDescr + c.text.size()), c.text) << c.bytes;
@@ -92,7 +94,7 @@ TEST_F(SnapshotTest, Description) {
 
 TEST_F(SnapshotTest, OutOfMemoryKeepsTheTablesRead) {
     g_tables.interfacesThrow = true;
-    EXPECT_THROW(TakeSnapshot(kFakeReaders, &info_), std::bad_alloc);
+    EXPECT_THROW(TakeSnapshot(g_fake, &info_), std::bad_alloc);
     EXPECT_EQ(info_.nAddressCount, 1u);
     EXPECT_EQ(info_.nRouteCount, 3u);
     EXPECT_EQ(info_.pInterfaces, nullptr);
