@@ -21,6 +21,8 @@ int RunXmlGet(Args& args);
 int RunXmlSet(Args& args);
 int RunXmlConvert(Args& args);
 int RunCpu(Args& args);
+int RunIp(Args& args);
+int RunVersion(Args& args);
 
 } // namespace cli
 

@@ -57,6 +57,19 @@ const Command kCommands[] = {
      "  --thread TID  watch thread TID (repeatable)\n\n"
      "Exit status: 0, or 2 for bad arguments or a process that can't be watched.",
      RunCpu},
+    {"ip", "ip", "the machine's IPv4 interfaces, addresses and routes",
+     "Prints the machine's IPv4 snapshot: interfaces (index order), addresses and\n"
+     "main-table routes (sorted by destination, mask, metric), the default gateway,\n"
+     "and the address the library picks as the machine's first local one: that of\n"
+     "the connected interface with a default route of the best metric (then the most\n"
+     "traffic), preferring a permanent address over one handed out by DHCP.\n\n"
+     "Exit status: 0.",
+     RunIp},
+    {"version", "version FILE", "the file version of a Windows executable or DLL",
+     "Prints the file version (major.minor.build.revision) from the version resource\n"
+     "of a 32- or 64-bit Windows executable or DLL, read by the library itself.\n\n"
+     "Exit status: 0, or 1 if FILE has no version resource that can be read.",
+     RunVersion},
 };
 
 void PrintOverview(FILE* to) {

@@ -3,6 +3,7 @@
 # status. Usage: cli_test.sh path/to/vetra
 set -uo pipefail
 vetra=$(realpath "$1")
+source_tree=$(realpath "$2")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -68,6 +69,14 @@ expect 0 "" xml convert good.xml utf16.xml --encoding UTF-16
 [[ $(head -c 2 utf16.xml | od -An -tx1) == " ff fe" ]] || { echo "FAIL: UTF-16 without its mark"; failures=$((failures + 1)); }
 expect 0 "Dune
 Emma & co" xml get utf16.xml catalog/book
+
+# The other commands, on what this machine has.
+expect 0 "1.2.3.4" version "$source_tree/fuzz/corpus/pe_version/pe64_version_last"
+expect 1 "vetra: /bin/sh: no version resource (not a readable Windows executable or DLL with one)" \
+  version /bin/sh
+"$vetra" ip | grep -q "^first local address: " || { echo "FAIL: vetra ip"; failures=$((failures + 1)); }
+[[ $("$vetra" cpu --count 1 --interval 0.5 | wc -l) == 2 ]] || { echo "FAIL: vetra cpu"; failures=$((failures + 1)); }
+expect 2 "vetra: --interval must be a number of seconds from 0.5 to 3600, not '0'" cpu --interval 0
 
 if ((failures > 0)); then
   echo "$failures failure(s)"
