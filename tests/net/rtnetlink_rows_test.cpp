@@ -88,6 +88,7 @@ TEST(RtnetlinkWalk, EndsAndFailures) {
          DumpState::kMore,
          1},
         {{Message(NLMSG_ERROR, nlmsgerr{-EBUSY, {}})}, DumpState::kFailed, 0},
+        {{data, Message(NLMSG_DONE, -EMSGSIZE)}, DumpState::kFailed, 1},
         {{Message(data).Flags(NLM_F_DUMP_INTR)}, DumpState::kFailed, 0},
         {{data, Message(done).Flags(NLM_F_DUMP_INTR)}, DumpState::kFailed, 1},
         {{Message(data).Claim(4)}, DumpState::kFailed, 0},

@@ -93,6 +93,8 @@ Lines DescribeIp(const std::string& addrText, const std::string& routeText) {
     }
     for (std::string line; std::getline(routes, line);) {
         auto w = Words(line);
+        if (w[0] == "unicast" || w[0] == "blackhole" || w[0] == "unreachable" || w[0] == "prohibit")
+            w.erase(w.begin());
         std::string dest = w[0] == "default" ? "0.0.0.0/0" : w[0];
         if (dest.find('/') == std::string::npos) dest += "/32";
         auto value = [&](const char* key, const char* otherwise) {

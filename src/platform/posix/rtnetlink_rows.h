@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <linux/netlink.h>
 #include <vector>
 
@@ -31,12 +32,22 @@ enum class Parse {
     kBad,  // the message is malformed
 };
 
+/// The end of a dump: kDone, or kFailed when the kernel gave up on the dump
+/// half-way and says so by a negative error number in the message.
+inline DumpState DoneState(const nlmsghdr& done) {
+    int error = 0;
+    if (done.nlmsg_len >= NLMSG_LENGTH(sizeof error))
+        std::memcpy(&error, NLMSG_DATA(&done), sizeof error);
+    return error < 0 ? DumpState::kFailed : DumpState::kDone;
+}
+
 /// Walks the messages of one datagram (4-byte aligned, `length` bytes) of the
 /// dump sent with sequence number `seq`, calling `take(const nlmsghdr&)` on each
 /// data message; messages of another sequence number, left from an earlier
 /// request, are passed over. `take` returns false to fail the dump. A dump the
 /// kernel marks as interrupted by a change of the table fails, as does any
-/// error answer and any message that overruns the datagram.
+/// error answer, an end that carries an error, and any message that overruns
+/// the datagram.
 template <class Take>
 DumpState WalkDatagram(const void* data, size_t length, uint32_t seq, Take&& take) {
     const auto* bytes = static_cast<const unsigned char*>(data);
@@ -49,7 +60,7 @@ DumpState WalkDatagram(const void* data, size_t length, uint32_t seq, Take&& tak
         offset = next < length ? next : length;
         if (msg->nlmsg_seq != seq) continue;
         if (msg->nlmsg_flags & NLM_F_DUMP_INTR) return DumpState::kFailed;
-        if (msg->nlmsg_type == NLMSG_DONE) return DumpState::kDone;
+        if (msg->nlmsg_type == NLMSG_DONE) return DoneState(*msg);
         if (msg->nlmsg_type == NLMSG_ERROR || msg->nlmsg_type == NLMSG_OVERRUN)
             return DumpState::kFailed;
         if (msg->nlmsg_type < NLMSG_MIN_TYPE) continue; // NLMSG_NOOP
