@@ -86,8 +86,8 @@ struct _VTIPI_ADDR_INFO {
     uint32_t dwMask;
     /// The broadcast address configured with the address (`ip addr`'s
     /// "brd"), or 0 where it has none (point-to-point links, /31 and /32).
-    /// The original platform writes 1 here for the usual all-ones broadcast;
-    /// Linux gives the address itself.
+    /// A Windows build gives 1 here for the usual all-ones broadcast; on
+    /// Linux it is the broadcast address itself.
     uint32_t dwBCastAddr;
     /// Largest datagram that is reassembled: always 65535.
     uint32_t dwReasmSize;
