@@ -20,11 +20,13 @@ namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 
+#if !defined(VETRA_UTF8_SSE2)
 inline uint64_t Load64(const void* p) {
     uint64_t word;
     std::memcpy(&word, p, sizeof word);
     return word;
 }
+#endif
 
 inline bool IsContinuation(unsigned char b) {
     return (b & 0xC0) == 0x80;
