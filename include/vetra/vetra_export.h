@@ -15,6 +15,15 @@
 #define VETRA_API __attribute__((visibility("default")))
 #endif
 
+/// Marks a member function that is defined in a public header, so that
+/// callers inline it, and that the library exports all the same (the build
+/// hides inline functions by default).
+#if defined(_WIN32)
+#define VETRA_INLINE_API
+#else
+#define VETRA_INLINE_API __attribute__((visibility("default")))
+#endif
+
 /// The character type of every text the library exchanges: one 16-bit
 /// UTF-16 code unit. It is wchar_t where that is 16 bits wide, and char16_t
 /// elsewhere (Linux), so document text always counts the same units.

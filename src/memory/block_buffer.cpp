@@ -19,14 +19,6 @@ HeapHooks g_heapHooks = {std::malloc, std::malloc};
 
 using vetra::memory::g_heapHooks;
 
-// The first bytes of every block. nUsedBytes counts from the block's start,
-// so an empty block holds the header's size.
-struct CVTBlockBuffer::BlockHeader {
-    BlockHeader* pNextBlock;
-    uint32_t nUsedBytes;
-    uint32_t nReserved; // pads the header to 16 bytes
-};
-
 namespace {
 
 constexpr uint32_t kHeaderSize = 16;
@@ -59,21 +51,10 @@ unsigned int CVTBlockBuffer::GetBlockSize() const {
     return m_nBlockSize;
 }
 
-void* CVTBlockBuffer::GetBuffer(unsigned int nSize) {
-    // The common case in one test: a used count of at least 16 that fits
-    // implies nSize + 16 fits too, and nSize 0 wraps to 2^32 - 1, which
-    // never fits, so the refusals are left to the slow path. Sums in 64 bits:
-    // a size near 4 GiB must not wrap into a fit. The hint lays the bump out
-    // as the straight path (about 7% per piece across the library's border).
-    BlockHeader* block = m_pCurrentBlock;
-    if (__builtin_expect(
-            block != nullptr && uint64_t(block->nUsedBytes) + (nSize - 1u) < m_nBlockSize, 1)) {
-        char* piece = reinterpret_cast<char*>(block) + block->nUsedBytes;
-        block->nUsedBytes += nSize;
-        return piece;
-    }
-    return GetBufferFromNextBlock_(nSize);
-}
+// GetBuffer is defined in the header; the library exports its own copy for
+// callers that don't inline it.
+static void* (CVTBlockBuffer::*const s_exportGetBuffer)(unsigned int)
+    __attribute__((used)) = &CVTBlockBuffer::GetBuffer;
 
 void* CVTBlockBuffer::GetBufferFromNextBlock_(unsigned int nSize) {
     if (nSize == 0 || uint64_t(nSize) + kHeaderSize > m_nBlockSize) return nullptr;
