@@ -93,7 +93,7 @@ class VETRA_API CVTCpuUsage {
         /// machine's record.
         void* hObject;
         /// Process id (pid) or thread id (tid); 0 in the machine's record.
-        uint32_t dwId;
+        vtdword dwId;
     };
 
     /// Joins the monitor. The first instance starts it: its first pass comes
@@ -114,9 +114,9 @@ class VETRA_API CVTCpuUsage {
     /// The system figure, 0 to 100.
     int GetSystemCpuUsage();
     /// The figure of the watched process `id`; 0 if it isn't watched.
-    int GetProcessCpuUsage(uint32_t id);
+    int GetProcessCpuUsage(vtdword id);
     /// The figure of the watched thread `id`; 0 if it isn't watched.
-    int GetThreadCpuUsage(uint32_t id);
+    int GetThreadCpuUsage(vtdword id);
     /// The sum of the figures of the watched threads of class `nClass`; 0 if
     /// there are none.
     int GetThreadClassCpuUsage(int nClass);
@@ -130,10 +130,10 @@ class VETRA_API CVTCpuUsage {
     /// its figure falls to 0 within two passes and stays 0.
     /// Throws std::bad_alloc if a record can't be allocated (the lock is
     /// released and nothing changes).
-    int AddProcess(uint32_t id);
+    int AddProcess(vtdword id);
     /// Stops watching the process `id`. Returns 1 if a record was removed, 0
     /// if it wasn't watched.
-    int RemoveProcess(uint32_t id);
+    int RemoveProcess(vtdword id);
 
     /// Addition on Linux: starts watching the thread `tid` of this or any
     /// other process, in class `nClass` (any value; see
@@ -141,10 +141,10 @@ class VETRA_API CVTCpuUsage {
     /// watched or there is no such thread. A watched thread that ends reports
     /// 0 within two passes and stays in the list until RemoveThread.
     /// Throws std::bad_alloc as AddProcess does.
-    int AddThread(uint32_t tid, int nClass);
+    int AddThread(vtdword tid, int nClass);
     /// Addition on Linux: stops watching the thread `tid`. Returns 1 if a
     /// record was removed, 0 if it wasn't watched.
-    int RemoveThread(uint32_t tid);
+    int RemoveThread(vtdword tid);
 
   private:
     struct Lock;
@@ -158,8 +158,8 @@ class VETRA_API CVTCpuUsage {
     /// which may be gone by now; it is never dereferenced.
     static unsigned int UpdateThread(void* pThis);
     /// The first record of that id, or null; the caller holds the lock.
-    static CPU_USAGE* FindProcess(uint32_t id);
-    static CPU_USAGE* FindThread(uint32_t id);
+    static CPU_USAGE* FindProcess(vtdword id);
+    static CPU_USAGE* FindThread(vtdword id);
 
     static int32_t s_nInstanceCount;
     /// Exists only while an instance does.

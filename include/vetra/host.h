@@ -91,11 +91,11 @@ VETRA_API int VETRA_CreateLocalPath(const vtchar* path);
 /// version resource, or any structure on the way is truncated or points outside the file.
 /// The file is read at the offsets its headers name, never read whole; the work is bounded
 /// for any content. Throws std::bad_alloc when out of memory.
-VETRA_API int VETRA_GetFileVersion(const vtchar* file, uint32_t* versionMS, uint32_t* versionLS);
+VETRA_API int VETRA_GetFileVersion(const vtchar* file, vtdword* versionMS, vtdword* versionLS);
 
 /// Asks the platform's web browser library for its version. There is no such library on
 /// Linux: sets `*major` and `*minor` to 0 (each when not null) and returns 0.
-VETRA_API int VETRA_GetBrowserVersion(uint32_t* major, uint32_t* minor);
+VETRA_API int VETRA_GetBrowserVersion(vtdword* major, vtdword* minor);
 
 } // extern "C"
 

@@ -16,33 +16,33 @@
 /// without an IPv4 address and those that are down.
 struct _VTIPI_IF_INFO {
     /// Interface index, as `ip link` shows it (never 0).
-    uint32_t dwIndex;
+    vtdword dwIndex;
     /// IANA interface type: 6 Ethernet (also Wi-Fi, bridges, veth and other
     /// virtual Ethernet links, which Linux can't tell apart here), 24
     /// loopback, 23 PPP, 131 tunnel (IP-in-IP, GRE, SIT, and links without
     /// a hardware header, such as tun and WireGuard), 1 anything else.
-    uint32_t dwType;
+    vtdword dwType;
     /// Largest packet, in bytes.
-    uint32_t dwMtu;
+    vtdword dwMtu;
     /// Speed in bits per second: the figure that /sys/class/net/<name>/speed
     /// and ethtool show in Mbit/s, asked of the driver in the caller's own
     /// network namespace. 0 when the link is down, is a loopback, or the
     /// driver doesn't know (many virtual links). A speed of 4.3 Gbit/s or
     /// more reads 4294967295: the field can't hold more.
-    uint32_t dwSpeed;
+    vtdword dwSpeed;
     /// Bytes used in bPhysAddr: the link's hardware address, cut to 8 bytes;
     /// 0 for a link without one (tun). Loopback has 6 bytes, all zero.
-    uint32_t dwPhysAddrLen;
+    vtdword dwPhysAddrLen;
     uint8_t bPhysAddr[8];
     /// 1 when the link is up (IFF_UP), 2 when it is down.
-    uint32_t dwAdminStatus;
+    vtdword dwAdminStatus;
     /// 5 operational (kernel state "up"); 4 connected: state "unknown" with
     /// IFF_UP and IFF_RUNNING set, as loopback and many virtual links report;
     /// 3 dormant; 0 testing; 2 for everything else (down, lower layer down,
     /// not present, unknown but not running).
-    uint32_t dwOperStatus;
+    vtdword dwOperStatus;
     /// Always 0: Linux keeps no time of a link's last status change.
-    uint32_t dwLastChange;
+    vtdword dwLastChange;
     /// Counters of the link since it was created, from the kernel's 64-bit
     /// statistics, keeping their low 32 bits (they wrap as 32-bit counters
     /// do). Linux counts multicast inside the received packets and keeps no
@@ -52,22 +52,22 @@ struct _VTIPI_IF_INFO {
     /// dwOutNUcastPkts 0. dwInUnknownProtos is 0: Linux counts packets of a
     /// protocol it doesn't know among the discarded ones (dwInDiscards).
     /// dwOutQLen is 0: Linux gives no current queue length per link.
-    uint32_t dwInOctets;
-    uint32_t dwInUcastPkts;
-    uint32_t dwInNUcastPkts;
-    uint32_t dwInDiscards;
-    uint32_t dwInErrors;
-    uint32_t dwInUnknownProtos;
-    uint32_t dwOutOctets;
-    uint32_t dwOutUcastPkts;
-    uint32_t dwOutNUcastPkts;
-    uint32_t dwOutDiscards;
-    uint32_t dwOutErrors;
-    uint32_t dwOutQLen;
+    vtdword dwInOctets;
+    vtdword dwInUcastPkts;
+    vtdword dwInNUcastPkts;
+    vtdword dwInDiscards;
+    vtdword dwInErrors;
+    vtdword dwInUnknownProtos;
+    vtdword dwOutOctets;
+    vtdword dwOutUcastPkts;
+    vtdword dwOutNUcastPkts;
+    vtdword dwOutDiscards;
+    vtdword dwOutErrors;
+    vtdword dwOutQLen;
     /// Length of the description in bytes, without its terminator, at most
     /// 255. The description is the interface name ("eth0"), at most 15 bytes
     /// on Linux.
-    uint32_t dwDescrLen;
+    vtdword dwDescrLen;
     /// The description as UTF-16 text with its terminator, decoded from the
     /// name's bytes as UTF-8 (a byte that is no UTF-8 becomes U+FFFD); the
     /// rest of the array is zero.
@@ -79,18 +79,18 @@ struct _VTIPI_IF_INFO {
 /// memory, so `inet_ntoa(in_addr{dwAddr})` prints it.
 struct _VTIPI_ADDR_INFO {
     /// The address (the local one on a point-to-point link).
-    uint32_t dwAddr;
+    vtdword dwAddr;
     /// Index of its interface.
-    uint32_t dwIndex;
+    vtdword dwIndex;
     /// Subnet mask from the prefix length: /24 gives the bytes FF FF FF 00.
-    uint32_t dwMask;
+    vtdword dwMask;
     /// The broadcast address configured with the address (`ip addr`'s
     /// "brd"), or 0 where it has none (point-to-point links, /31 and /32).
     /// A Windows build gives 1 here for the usual all-ones broadcast; on
     /// Linux it is the broadcast address itself.
-    uint32_t dwBCastAddr;
+    vtdword dwBCastAddr;
     /// Largest datagram that is reassembled: always 65535.
-    uint32_t dwReasmSize;
+    vtdword dwReasmSize;
     /// Type flags: 1 for a primary address, plus 4 when the address is not
     /// permanent (it has a lifetime, as DHCP clients give their addresses).
     /// A secondary address lacks the 1: 0 or 4.
@@ -102,30 +102,30 @@ struct _VTIPI_ADDR_INFO {
 /// several next hops gives one record per next hop.
 struct _VTIPI_ROUTE_INFO {
     /// Destination; 0 marks a default route.
-    uint32_t dwForwardDest;
+    vtdword dwForwardDest;
     /// Destination mask from the prefix length.
-    uint32_t dwForwardMask;
+    vtdword dwForwardMask;
     /// The gateway; 0 for a route without one (directly attached).
-    uint32_t dwForwardNextHop;
+    vtdword dwForwardNextHop;
     /// Index of the outgoing interface; 0 for a route that has none
     /// (blackhole, unreachable, prohibit).
-    uint32_t dwForwardIfIndex;
+    vtdword dwForwardIfIndex;
     /// 3 without a gateway, 4 with one, 2 for a route that discards its
     /// packets (blackhole, unreachable, prohibit, throw).
-    uint32_t dwForwardType;
+    vtdword dwForwardType;
     /// Who made the route: 2 the kernel, 3 a static or boot-time route (also
     /// DHCP clients'), 4 an ICMP redirect, 8 RIP, 9 IS-IS, 11 EIGRP, 13 OSPF,
     /// 14 BGP, 1 any other routing daemon.
-    uint32_t dwForwardProto;
+    vtdword dwForwardProto;
     /// Always 0: Linux keeps no age of a route.
-    uint32_t dwForwardAge;
+    vtdword dwForwardAge;
     /// dwForwardMetric1 is the route's metric (`ip route`'s "metric", 0 when
     /// none is set); the other four are always 0.
-    uint32_t dwForwardMetric1;
-    uint32_t dwForwardMetric2;
-    uint32_t dwForwardMetric3;
-    uint32_t dwForwardMetric4;
-    uint32_t dwForwardMetric5;
+    vtdword dwForwardMetric1;
+    vtdword dwForwardMetric2;
+    vtdword dwForwardMetric3;
+    vtdword dwForwardMetric4;
+    vtdword dwForwardMetric5;
 };
 
 /// A snapshot: three arrays with their counts, and the default gateway.
@@ -141,12 +141,12 @@ struct _VTIPI_QUERY_INFO {
     _VTIPI_ADDR_INFO* pAddresses;
     /// nRouteCount records, or null when there are none.
     _VTIPI_ROUTE_INFO* pRoutes;
-    uint32_t nInterfaceCount;
-    uint32_t nAddressCount;
-    uint32_t nRouteCount;
+    vtdword nInterfaceCount;
+    vtdword nAddressCount;
+    vtdword nRouteCount;
     /// Next hop of the first default route in pRoutes (so of the one with
     /// the lowest metric), or 0 when there is none or it has no gateway.
-    uint32_t dwDefaultGateway;
+    vtdword dwDefaultGateway;
 };
 
 /// Holds one snapshot of the machine's IPv4 configuration.
@@ -216,7 +216,7 @@ extern "C" {
 ///
 /// Safe to call from several threads at once. Throws std::bad_alloc when
 /// memory runs out.
-VETRA_API uint32_t VETRA_GetLocalFirstIP();
+VETRA_API vtdword VETRA_GetLocalFirstIP();
 
 } // extern "C"
 

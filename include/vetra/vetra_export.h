@@ -17,7 +17,8 @@
 
 /// Marks a member function that is defined in a public header, so that
 /// callers inline it, and that the library exports all the same (the build
-/// hides inline functions by default).
+/// hides inline functions by default). On Windows the member is exported
+/// with its class, which carries VETRA_API.
 #if defined(_WIN32)
 #define VETRA_INLINE_API
 #else
@@ -31,6 +32,16 @@
 typedef wchar_t vtchar;
 #else
 typedef char16_t vtchar;
+#endif
+
+/// The unsigned 32-bit type of counts, ids and version numbers at the
+/// exported surface: uint32_t on Linux, and on Windows unsigned long, the
+/// type of the platform's DWORD, so that Windows callers pass their DWORDs
+/// and the exported names match what they expect.
+#if defined(_WIN32)
+typedef unsigned long vtdword;
+#else
+typedef unsigned int vtdword;
 #endif
 
 #endif // VETRA_EXPORT_H

@@ -245,8 +245,8 @@ class VETRA_API CVTXmlParser {
     const vtchar* GetResultLog();
 
   private:
-    vetra::xml::XmlEngine* m_pEngine;     // never null; owned
-    std::basic_string<vtchar>* m_pResult; // backs computed results; owned
+    vetra::xml::XmlEngine* m_pEngine; // never null; owned
+    std::u16string* m_pResult;        // backs computed results; owned
 };
 
 #endif // VETRA_XML_PARSER_H

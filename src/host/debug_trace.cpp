@@ -15,7 +15,6 @@
 #include "host/wide_format.h"
 #include "platform/debug_output.h"
 #include "platform/thread_name.h"
-#include "platform/utf8_codec.h"
 #include "vetra/host.h"
 
 namespace {
@@ -70,14 +69,11 @@ Status FormatNarrow(const char* format, va_list args, std::string& text) {
     return kDone;
 }
 
-Status FormatWideToUtf8(const vtchar* format, va_list args, std::string& text) {
-    namespace utf8 = vetra::platform::utf8;
+Status FormatWide(const vtchar* format, va_list args, std::u16string& text) {
     try {
-        std::u16string wide;
-        if (!vetra::host::FormatWide(format, args, wide)) return kFailed;
-        const size_t units = std::char_traits<char16_t>::length(wide.c_str());
-        text.resize(utf8::EncodedLength(wide.data(), units, nullptr));
-        utf8::Encode(wide.data(), units, text.data(), text.size(), nullptr);
+        if (!vetra::host::FormatWide(reinterpret_cast<const char16_t*>(format), args, text)) {
+            return kFailed;
+        }
     } catch (const std::bad_alloc&) {
         return kOutOfMemory;
     }
@@ -96,12 +92,15 @@ void VETRA_Trace(const char* format, ...) {
 }
 
 void VETRA_Trace(const vtchar* format, ...) {
-    std::string text;
+    std::u16string text;
     va_list args;
     va_start(args, format);
-    const Status status = format ? FormatWideToUtf8(format, args, text) : kInvalidArgument;
+    const Status status = format ? FormatWide(format, args, text) : kInvalidArgument;
     va_end(args);
-    Emit(status, text);
+    if (status != kDone) Throw(status);
+    // The text goes out as a C string would: up to its first null.
+    const size_t length = std::char_traits<char16_t>::length(text.c_str());
+    if (length > 0) vetra::platform::WriteDebugOutputWide(text.data(), length);
 }
 
 extern "C" void VETRA_SetThreadName(const char* name) {

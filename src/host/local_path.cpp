@@ -63,5 +63,6 @@ int CreateLocalPath(const char16_t* path, const PathOperations& ops) {
 } // namespace vetra::host
 
 extern "C" int VETRA_CreateLocalPath(const vtchar* path) {
-    return vetra::host::CreateLocalPath(path, vetra::host::PlatformPathOperations());
+    return vetra::host::CreateLocalPath(reinterpret_cast<const char16_t*>(path),
+                                        vetra::host::PlatformPathOperations());
 }

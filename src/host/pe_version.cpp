@@ -1,4 +1,6 @@
-// pe_version.cpp - the version resource of a PE image, and the exported version queries.
+// pe_version.cpp - the version resource of a PE image, and the exported version queries,
+// which ask the system's own version service where it has one (Windows) and read the image
+// here otherwise.
 //
 // The road: DOS header -> "PE\0\0" and the COFF header -> optional header (PE32 or PE32+)
 // -> resource data directory -> section table, which maps addresses in the image (RVAs) to
@@ -18,6 +20,7 @@
 
 #include "host/utf8_path.h"
 #include "platform/file.h"
+#include "platform/version_info.h"
 #include "vetra/host.h"
 
 namespace vetra::host {
@@ -248,22 +251,35 @@ bool ParsePeVersion(const uint8_t* data, size_t size, FileVersion* version) {
 
 } // namespace vetra::host
 
-extern "C" int VETRA_GetFileVersion(const vtchar* file, uint32_t* versionMS, uint32_t* versionLS) {
-    std::string path;
-    vetra::host::ImageFile image;
-    vetra::host::FileVersion version;
-    if (file == nullptr ||
-        !vetra::host::PathToUtf8(file, std::char_traits<char16_t>::length(file), path) ||
-        !image.Open(path.c_str()) || !vetra::host::ReadPeVersion(image.Source(), &version)) {
+extern "C" int VETRA_GetFileVersion(const vtchar* file, vtdword* versionMS, vtdword* versionLS) {
+    if (file == nullptr) return 0;
+    const auto* path = reinterpret_cast<const char16_t*>(file);
+    vetra::host::FileVersion version{};
+    switch (vetra::platform::SystemFileVersion(path, &version.ms, &version.ls)) {
+    case vetra::platform::VersionQuery::found:
+        break;
+    case vetra::platform::VersionQuery::none:
         return 0;
+    case vetra::platform::VersionQuery::noService: {
+        std::string utf8;
+        vetra::host::ImageFile image;
+        if (!vetra::host::PathToUtf8(path, std::char_traits<char16_t>::length(path), utf8) ||
+            !image.Open(utf8.c_str()) || !vetra::host::ReadPeVersion(image.Source(), &version)) {
+            return 0;
+        }
+        break;
+    }
     }
     if (versionMS != nullptr) *versionMS = version.ms;
     if (versionLS != nullptr) *versionLS = version.ls;
     return 1;
 }
 
-extern "C" int VETRA_GetBrowserVersion(uint32_t* major, uint32_t* minor) {
-    if (major != nullptr) *major = 0;
-    if (minor != nullptr) *minor = 0;
-    return 0;
+extern "C" int VETRA_GetBrowserVersion(vtdword* major, vtdword* minor) {
+    uint32_t majorVersion = 0;
+    uint32_t minorVersion = 0;
+    const bool found = vetra::platform::BrowserVersion(&majorVersion, &minorVersion);
+    if (major != nullptr) *major = majorVersion;
+    if (minor != nullptr) *minor = minorVersion;
+    return found ? 1 : 0;
 }

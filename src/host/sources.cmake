@@ -7,4 +7,5 @@ set(VETRA_HOST_SOURCES
   platform/${VETRA_OS}/debug_output.cpp
   platform/${VETRA_OS}/thread_name.cpp
   platform/${VETRA_OS}/file_system.cpp
+  platform/${VETRA_OS}/version_info.cpp
 )

@@ -136,12 +136,12 @@ int CVTCpuUsage::GetSystemCpuUsage() {
     return s_cuSystem.nUsage;
 }
 
-int CVTCpuUsage::GetProcessCpuUsage(uint32_t id) {
+int CVTCpuUsage::GetProcessCpuUsage(vtdword id) {
     Guard hold(s_csLock->mutex);
     return UsageOf(FindProcess(id));
 }
 
-int CVTCpuUsage::GetThreadCpuUsage(uint32_t id) {
+int CVTCpuUsage::GetThreadCpuUsage(vtdword id) {
     Guard hold(s_csLock->mutex);
     return UsageOf(FindThread(id));
 }
@@ -154,22 +154,22 @@ int CVTCpuUsage::GetThreadClassCpuUsage(int nClass) {
     return sum;
 }
 
-int CVTCpuUsage::AddProcess(uint32_t id) {
+int CVTCpuUsage::AddProcess(vtdword id) {
     Guard hold(s_csLock->mutex);
     return AddRecord(s_pcuProcesses, id, -1, vetra::platform::OpenProcessTimes);
 }
 
-int CVTCpuUsage::RemoveProcess(uint32_t id) {
+int CVTCpuUsage::RemoveProcess(vtdword id) {
     Guard hold(s_csLock->mutex);
     return RemoveRecord(s_pcuProcesses, id);
 }
 
-int CVTCpuUsage::AddThread(uint32_t tid, int nClass) {
+int CVTCpuUsage::AddThread(vtdword tid, int nClass) {
     Guard hold(s_csLock->mutex);
     return AddRecord(s_pcuThreads, tid, nClass, vetra::platform::OpenThreadTimes);
 }
 
-int CVTCpuUsage::RemoveThread(uint32_t tid) {
+int CVTCpuUsage::RemoveThread(vtdword tid) {
     Guard hold(s_csLock->mutex);
     return RemoveRecord(s_pcuThreads, tid);
 }
@@ -191,10 +191,10 @@ unsigned int CVTCpuUsage::UpdateThread(void*) {
     return 0;
 }
 
-CVTCpuUsage::CPU_USAGE* CVTCpuUsage::FindProcess(uint32_t id) {
+CVTCpuUsage::CPU_USAGE* CVTCpuUsage::FindProcess(vtdword id) {
     return FindRecord(s_pcuProcesses, id);
 }
 
-CVTCpuUsage::CPU_USAGE* CVTCpuUsage::FindThread(uint32_t id) {
+CVTCpuUsage::CPU_USAGE* CVTCpuUsage::FindThread(vtdword id) {
     return FindRecord(s_pcuThreads, id);
 }

@@ -46,7 +46,7 @@ std::vector<Candidate> FindCandidates(const _VTIPI_QUERY_INFO& info) {
 const _VTIPI_ADDR_INFO* FirstAddress(const _VTIPI_QUERY_INFO& info, uint32_t ifIndex,
                                      uint32_t rows) {
     const _VTIPI_ADDR_INFO* begin = info.pAddresses;
-    const _VTIPI_ADDR_INFO* end = begin + std::min(rows, info.nAddressCount);
+    const _VTIPI_ADDR_INFO* end = begin + std::min<uint32_t>(rows, info.nAddressCount);
     const _VTIPI_ADDR_INFO* found =
         std::find_if(begin, end, [&](const _VTIPI_ADDR_INFO& a) { return a.dwIndex == ifIndex; });
     return found != end ? found : nullptr;
@@ -84,7 +84,7 @@ uint32_t ChooseFirstLocalAddress(const _VTIPI_QUERY_INFO& info) {
 
 } // namespace vetra::net
 
-uint32_t VETRA_GetLocalFirstIP() {
+vtdword VETRA_GetLocalFirstIP() {
     CVTIpInfo snapshot;
     return vetra::net::ChooseFirstLocalAddress(*snapshot.Query());
 }

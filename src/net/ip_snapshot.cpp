@@ -7,8 +7,6 @@
 #include <iterator>
 #include <memory>
 
-#include "platform/utf8_codec.h"
-
 namespace vetra::net {
 
 namespace {
@@ -18,13 +16,13 @@ constexpr uint32_t kLongestDescription = 255;
 // Reads one table with `read(rows)` and, if it has rows, sets `*array` and
 // `*count` to records filled by `fill(row, record)`.
 template <class Row, class Record, class Read, class Fill>
-void ReadStage(Read read, Record** array, uint32_t* count, Fill fill) {
+void ReadStage(Read read, Record** array, vtdword* count, Fill fill) {
     std::vector<Row> rows;
     if (!read(&rows) || rows.empty()) return;
     std::unique_ptr<Record[]> records(new Record[rows.size()]());
     for (size_t i = 0; i < rows.size(); ++i)
         fill(rows[i], records[i]);
-    *count = static_cast<uint32_t>(rows.size());
+    *count = static_cast<vtdword>(rows.size());
     *array = records.release();
 }
 
@@ -78,7 +76,8 @@ void FillInterface(const platform::NetInterfaceRow& row, _VTIPI_IF_INFO& out) {
     // the whole row is cut to 255 bytes, and its 256th byte is converted in
     // the terminator's place.
     out.dwDescrLen = std::min(row.descrLen, kLongestDescription);
-    platform::utf8::Decode(row.descr, out.dwDescrLen + 1, out.wszDescr, std::size(out.wszDescr));
+    platform::DecodeDescription(row.descr, out.dwDescrLen + 1,
+                                reinterpret_cast<char16_t*>(out.wszDescr), std::size(out.wszDescr));
 }
 
 } // namespace

@@ -20,7 +20,9 @@ int ReadSystemTimes(uint64_t* idle, uint64_t* kernel, uint64_t* user);
 
 /// Opens the process `pid` for ReadTaskTimes; null if there is no such
 /// process, it has already ended, or `pid` is a thread other than a
-/// process's main one.
+/// process's main one. On Windows: null where OpenProcess refuses the id
+/// (no such process, or no right to query it); a process that has ended but
+/// whose handle another program keeps open can still be opened.
 void* OpenProcessTimes(uint32_t pid);
 
 /// Opens the thread `tid`, of this or any other process, for ReadTaskTimes;
@@ -28,7 +30,8 @@ void* OpenProcessTimes(uint32_t pid);
 void* OpenThreadTimes(uint32_t tid);
 
 /// Reads the kernel and user time that the task has used so far; `creation`
-/// and `exit` are set to 0 (not measured). Once the task has ended, its last
+/// and `exit` are the task's start and end on the wall clock where the system
+/// tells them (Windows; exit 0 while it runs), 0 otherwise. Once the task has ended, its last
 /// times known are given again at every call. Returns 1, or 0 leaving
 /// `kernel` and `user` alone if no time of the task could ever be read.
 int ReadTaskTimes(void* task, uint64_t* creation, uint64_t* exit, uint64_t* kernel, uint64_t* user);

@@ -1,10 +1,11 @@
 // file.h - the files of the document reader and writer: open and read a whole file, and
 // replace a file's content without ever leaving it half written.
 //
-// A replacement writes a temporary file beside the target and renames it over the target
-// once every byte is out, so a failed save leaves the old file as it was. Paths are UTF-8
-// bytes as the file system takes them. Failures are the system's own error numbers, and
-// their text is the system's own message. Nothing here buffers or converts text.
+// On POSIX systems a replacement writes a temporary file beside the target and renames it
+// over the target once every byte is out, so a failed save leaves the old file as it was; on
+// Windows the target is opened with "wb" and written in place. Paths are UTF-8. Failures
+// are the system's own error numbers (errno, or GetLastError's codes on Windows), and their
+// text is the system's own message. Nothing here buffers or converts text.
 #ifndef VETRA_PLATFORM_FILE_H
 #define VETRA_PLATFORM_FILE_H
 
@@ -14,10 +15,11 @@
 
 namespace vetra::platform {
 
-/// The system's number for what went wrong (errno on POSIX); 0 is success.
+/// The system's number for what went wrong (errno on POSIX, a system error code on
+/// Windows); 0 is success.
 using FileError = int;
 
-/// An open file: the system's descriptor, -1 for none.
+/// An open file: the system's descriptor (a FILE* on Windows), -1 for none.
 struct FileHandle {
     intptr_t value = -1;
     bool IsOpen() const { return value != -1; }
@@ -34,7 +36,8 @@ struct FileReplacement {
 /// in to make a step fail (ActiveFileOps); every caller goes through the table. The
 /// operations run once or twice per file, never per byte.
 struct FileOps {
-    /// Opens `path` for reading and gives its length in bytes. A directory gives EISDIR;
+    /// Opens `path` for reading and gives its length in bytes. A directory gives EISDIR
+    /// (ERROR_ACCESS_DENIED on Windows);
     /// a file that reports no size (a pipe, most of /proc) has length 0.
     FileError (*openForReading)(const char* path, FileHandle& file, int64_t& length);
     /// Reads exactly `bytes` bytes at `offset`. A file that ends sooner (it shrank since
@@ -43,7 +46,9 @@ struct FileOps {
     /// Closes the file, if open, and marks the handle closed in every case.
     FileError (*close)(FileHandle& file);
 
-    /// Prepares to replace `path`. A symbolic link is followed to the file it finally
+    /// Prepares to replace `path`. On Windows: opens it with "wb", in place, and fails as
+    /// that open fails (ERROR_ACCESS_DENIED for a directory or a read-only file). On POSIX
+    /// systems: a symbolic link is followed to the file it finally
     /// names, which is what gets replaced; the link stays. A regular file, or a new one,
     /// is written to a temporary file ".NAME.vetra-XXXXXX" in the same folder, created with
     /// the old file's permission bits (and owner and group, where the process may set

@@ -22,7 +22,10 @@ struct LocalRoot {
 /// character '/') of at most 4,095 bytes, whose nearest existing ancestor lies on a disk,
 /// network, tmpfs or overlay file system; pseudo file systems (proc, sysfs, cgroup, debugfs
 /// and the like) and optical media are refused. The root is then index 0, separator '/'.
-/// Returns false, leaving `root` alone, for every other path.
+/// On Windows it is a path of at most 260 UTF-16 units whose second character is ':', whose
+/// first three characters GetDriveTypeW calls a removable, fixed or remote drive, and which
+/// holds a backslash, or else a slash, at index 2 or later: the first of those is the root's
+/// separator (in UTF-8 bytes). Returns false, leaving `root` alone, for every other path.
 bool FindLocalRoot(const std::string& path, LocalRoot* root);
 
 /// True if something exists at `path`, directory or not.
@@ -32,8 +35,8 @@ bool PathExists(const char* path);
 bool IsDirectory(const char* path);
 
 /// Creates the directory `path` (a trailing separator is allowed) with the widest access
-/// that the process's file-creation mask lets through. Failure is not reported: callers
-/// look at the outcome with IsDirectory.
+/// that the process's file-creation mask lets through (on Windows, the default security). Failure
+/// is not reported: callers look at the outcome with IsDirectory.
 void MakeDirectory(const char* path);
 
 } // namespace vetra::platform::filesys

@@ -8,6 +8,7 @@
 #ifndef VETRA_PLATFORM_NET_TABLES_H
 #define VETRA_PLATFORM_NET_TABLES_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -103,13 +104,14 @@ struct NetInterfaceRow {
     uint32_t outErrors;
     uint32_t outQLen;
     uint32_t descrLen; // bytes of descr before its terminator
-    char descr[256];   // the name, null-terminated when descrLen < 256
+    char descr[256];   // null-terminated when descrLen < 256; see DecodeDescription
 };
 
 /// A source of the three tables. Each read replaces `rows` with the table,
-/// sorted (addresses by address in host order, then index; routes by
-/// destination, mask, metric, then interface index, numbers in host order;
-/// interfaces by index), and returns true; or returns false when the table
+/// sorted (on POSIX systems addresses by address in host order, then index;
+/// routes by destination, mask, metric, then interface index, numbers in host
+/// order; interfaces by index; on Windows in the IP helper's sorted order,
+/// with its values), and returns true; or returns false when the table
 /// can't be read whole (no access to the system's tables, a malformed
 /// answer, or a table that changed during the read), `rows` then holding
 /// anything. A failed read leaves the source fit for the next one. Throws
@@ -121,6 +123,12 @@ class NetTableSource {
     virtual bool ReadRoutes(std::vector<NetRouteRow>* rows) = 0;
     virtual bool ReadInterfaces(std::vector<NetInterfaceRow>* rows) = 0;
 };
+
+/// Converts `length` bytes of an interface row's description to at most `capacity` UTF-16
+/// units at `out`, a null byte converted as any other; returns the units written. The bytes
+/// are the interface name in UTF-8 on POSIX systems, and the description in the ANSI code
+/// page on Windows.
+size_t DecodeDescription(const char* descr, size_t length, char16_t* out, size_t capacity);
 
 /// A source of this machine's tables, holding one connection to the system
 /// for all its reads (made at the first read). Throws std::bad_alloc.

@@ -6,6 +6,7 @@ set(VETRA_TEXT_SOURCES
   text/document_file.cpp
   text/file_reader.cpp
   text/file_writer.cpp
+  platform/file_ops.cpp
   platform/${VETRA_OS}/file.cpp
   text/charset_names.cpp
   text/text_conversion.cpp

@@ -67,13 +67,13 @@ CVTXmlParser& CVTXmlParser::operator=(CVTXmlParser&& other) noexcept {
 // its memory, and the characters stay valid until the next computed result.
 // Creating m_pResult is the one allocation that never raises: without
 // memory the answer is the empty text.
-template <typename Read> const vtchar* Computed(std::basic_string<vtchar>*& result, Read read) {
+template <typename Read> const vtchar* Computed(std::u16string*& result, Read read) {
     if (result == nullptr) {
-        result = new (std::nothrow) std::basic_string<vtchar>();
+        result = new (std::nothrow) std::u16string();
         if (result == nullptr) return kEmpty;
     }
     read(*result);
-    return result->c_str();
+    return Out(result->c_str());
 }
 
 int CVTXmlParser::SetDoc(const vtchar* text) {

@@ -188,13 +188,8 @@ void AbandonReplacement(FileReplacement& replacement) {
 
 constexpr FileOps kSystemOps = {
     OpenForReading, ReadAt, Close, BeginReplacement, Write, CommitReplacement, AbandonReplacement};
-FileOps g_activeOps = kSystemOps;
 
 } // namespace
-
-FileOps& ActiveFileOps() noexcept {
-    return g_activeOps;
-}
 
 const FileOps& SystemFileOps() noexcept {
     return kSystemOps;

@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include "platform/posix/rtnetlink_rows.h"
+#include "platform/utf8_codec.h"
 
 namespace vetra::platform {
 
@@ -180,6 +181,11 @@ class RtnetlinkSource final : public NetTableSource {
 
 std::unique_ptr<NetTableSource> OpenSystemNetTables() {
     return std::make_unique<RtnetlinkSource>();
+}
+
+size_t DecodeDescription(const char* descr, size_t length, char16_t* out, size_t capacity) {
+    const size_t units = utf8::Decode(descr, length, out, capacity);
+    return units == utf8::kNoRoom ? 0 : units;
 }
 
 } // namespace vetra::platform
