@@ -12,8 +12,9 @@
 
 /// Formats a text as printf does and writes it to the debug output, which on Linux is
 /// standard error (file descriptor 2): one write for the whole text, as UTF-8, with nothing
-/// added (no prefix, no time, no line end). There is no length limit. An empty text writes
-/// nothing. The text goes out up to its first null character (a `%c` of 0 ends it).
+/// added (no prefix, no time, no line end). On Windows it is one OutputDebugStringA call,
+/// which an attached debugger or a system-wide listener shows. There is no length limit. An empty
+/// text writes nothing. The text goes out up to its first null character (a `%c` of 0 ends it).
 ///
 /// The format follows the C library's printf rules: `%s` and `%c` take narrow text, `%ls`
 /// takes a `wchar_t` string.
@@ -25,8 +26,9 @@
 VETRA_API void VETRA_Trace(const char* format, ...);
 
 /// The same for a UTF-16 format, whose text is written as UTF-8 (a lone surrogate becomes
-/// U+FFFD). The conversions follow the wide printf of the library's original platform, not
-/// glibc's wprintf:
+/// U+FFFD); on Windows it goes to one OutputDebugStringW call (under Wine, seen only on its
+/// debug channel: WINEDEBUG=+debugstr). The conversions follow the wide printf of the
+/// library's original platform, not glibc's wprintf:
 /// - `%s`, `%ls`, `%ws` take a `const vtchar*` string; `%S` and `%hs` a narrow `const char*`
 ///   string, read as UTF-8 (an ill-formed byte becomes U+FFFD). A null string prints
 ///   "(null)". Width counts UTF-16 units of the output. Precision bounds what is read: units
@@ -37,8 +39,8 @@ VETRA_API void VETRA_Trace(const char* format, ...);
 ///   a byte above 0x7F, which is no UTF-8 character alone, prints U+FFFD.
 /// - `%d %i %u %o %x %X %e %E %f %F %g %G %a %A %p` and `%%` behave as in glibc's printf,
 ///   with the flags `- + space # 0`, width and precision as numbers or `*`, and the length
-///   modifiers `hh h l ll j z t L` with Linux's sizes (`l` is 64 bits), plus `I32`, `I64`
-///   and `I` (pointer-sized).
+///   modifiers `hh h l ll j z t L` with the platform's sizes (`l` is 64 bits on Linux, 32
+///   on Windows), plus `I32`, `I64` and `I` (pointer-sized).
 /// - Anything else, `%n` and positional arguments (`%1$d`) included, refuses the format.
 ///
 /// Throws as the narrow overload: 0x80070057 for a null format, 0x80004005 for a refused one.
@@ -49,11 +51,20 @@ extern "C" {
 /// Names the calling thread, as debuggers, `top -H` and /proc/self/task/N/comm show it. On
 /// Linux a thread name holds at most 15 bytes: a longer `name` (UTF-8) is cut to the longest
 /// prefix of at most 15 bytes that ends on a character boundary. A null `name` does nothing.
-/// There is no way to name another thread, and no result.
+/// There is no way to name another thread, and no result. On Windows the name (ANSI code
+/// page, not cut) goes to an attached debugger through the thread-naming exception, which
+/// is caught again when no debugger takes it, and to SetThreadDescription where the system
+/// has it.
 VETRA_API void VETRA_SetThreadName(const char* name);
 
 /// Makes sure that the directory path `path` exists, creating each missing level with mode
 /// 0777 less the process's umask. Returns 1 if the path exists afterwards, 0 otherwise.
+///
+/// On Windows the path is a drive-letter path ("C:\data\x") of at most 260 characters,
+/// on a removable, fixed or network drive (GetDriveTypeW); the separator is the backslash,
+/// or the slash in a path without any backslash; levels are made with CreateDirectoryW and
+/// the result is GetFileAttributesW's directory bit. Relative and UNC paths, CD-ROMs and
+/// RAM disks give 0. The rest of what follows holds there too, with those rules.
 ///
 /// On Linux, in order:
 /// - null counts as empty. White space is trimmed from the end, then from the start; it is
@@ -79,7 +90,9 @@ VETRA_API void VETRA_SetThreadName(const char* name);
 VETRA_API int VETRA_CreateLocalPath(const vtchar* path);
 
 /// Reads the file version from the version resource of the PE file (a 32- or 64-bit
-/// executable or library of the library's original platform) named by `file`.
+/// executable or library of the library's original platform) named by `file`. On Windows
+/// the system's version service reads it (GetFileVersionInfoW, VerQueryValueW); on Linux
+/// the library reads the file itself, with the same result for the same file.
 ///
 /// Returns 1 and stores the fixed file information's dwFileVersionMS in `*versionMS` and
 /// dwFileVersionLS in `*versionLS` (version 1.2.3.4 gives 0x00010002 and 0x00030004); this
@@ -93,7 +106,9 @@ VETRA_API int VETRA_CreateLocalPath(const vtchar* path);
 /// for any content. Throws std::bad_alloc when out of memory.
 VETRA_API int VETRA_GetFileVersion(const vtchar* file, vtdword* versionMS, vtdword* versionLS);
 
-/// Asks the platform's web browser library for its version. There is no such library on
+/// Asks the platform's web browser library for its version: on Windows DllGetVersion of
+/// "shdocvw.dll", loaded and freed at each call, which gives 1 with `*major` and `*minor`
+/// set (under Wine, Wine's own numbers), or 0 with both 0. There is no such library on
 /// Linux: sets `*major` and `*minor` to 0 (each when not null) and returns 0.
 VETRA_API int VETRA_GetBrowserVersion(vtdword* major, vtdword* minor);
 

@@ -4,7 +4,10 @@
 //
 // The snapshot is three plain arrays linked only by interface index; nothing
 // here joins them. On Linux the tables are read from the kernel over
-// rtnetlink (and each link's speed from its driver), IPv4 only.
+// rtnetlink (and each link's speed from its driver), IPv4 only. On Windows
+// they are the IP helper's GetIpAddrTable, GetIpForwardTable and GetIfTable,
+// sorted by the system, with the system's values in every field (the notes
+// on Linux below don't apply there).
 #ifndef VETRA_IP_INFO_H
 #define VETRA_IP_INFO_H
 

@@ -4,7 +4,9 @@
 // The clock is chosen once per process, on first use: on Linux the monotonic
 // clock in nanoseconds (1,000,000,000 ticks a second), or, if that clock
 // cannot be read, the coarse monotonic clock in milliseconds (1,000 ticks a
-// second). The stopwatch keeps no lock and reads no clock in its getters.
+// second). On Windows it is QueryPerformanceCounter at the frequency the
+// system reports (10 MHz on most machines and under Wine), or GetTickCount.
+// The stopwatch keeps no lock and reads no clock in its getters.
 #ifndef VETRA_PERF_COUNTER_H
 #define VETRA_PERF_COUNTER_H
 
@@ -30,9 +32,9 @@ class VETRA_API CVTPerfCounterEx {
     void Stop();
 
     /// Stop reading minus start reading, in clock ticks (nanoseconds on
-    /// Linux). Unsigned and unchecked: a Stop taken before Start wraps to a
-    /// very large value, and so does a millisecond fallback reading that
-    /// crosses the 32-bit wrap of its counter (every 49.7 days).
+    /// Linux, performance counter ticks on Windows). Unsigned and unchecked: a Stop taken before
+    /// Start wraps to a very large value, and so does a millisecond fallback reading that crosses
+    /// the 32-bit wrap of its counter (every 49.7 days).
     uint64_t GetPeriod() const;
     /// The whole seconds in GetPeriod: 0 below one second, 1 for 1.75 s.
     uint64_t GetSeconds() const;

@@ -69,6 +69,10 @@ class VETRA_API CVTXmlParser {
     /// as UTF-8, else the locale's code page (UTF-8 in the "C" locale). Null
     /// characters are dropped; bytes the encoding can't read become U+FFFD.
     /// A mark found is remembered for Save; nothing else of the encoding is.
+    /// On Windows the path goes to _wfopen as it is, the default code page is
+    /// GetACP's, the system's converters decide what becomes of unmapped bytes,
+    /// and <file_error/> carries GetLastError's code and FormatMessageW's text
+    /// (a directory gives 5, "Access denied.").
     ///
     /// Returns 1 if the text is well-formed with exactly one root element,
     /// else 0 (an empty file gives 0). On failure (no such file, a directory,
@@ -86,7 +90,11 @@ class VETRA_API CVTXmlParser {
     /// the encoding lacks become its default character (logged as
     /// <conversion_loss/>); the save still succeeds.
     ///
-    /// The new text goes to a temporary file ".NAME.vetra-XXXXXX" beside the
+    /// On Windows the target is opened with _wfopen "wb" and written in
+    /// place: a save that fails half way leaves it cut short. Characters the
+    /// encoding lacks get the system's best-fit mapping where it has one.
+    ///
+    /// On Linux the new text goes to a temporary file ".NAME.vetra-XXXXXX" beside the
     /// target, renamed over it once every byte is written, so on failure the
     /// old file is untouched. A symbolic link is followed: the file it names
     /// is replaced. The new file keeps the old one's permission bits (and
