@@ -45,9 +45,7 @@ bool StartsName(wchar c) {
 }
 
 int32_t NameEnd(const wchar* text, int32_t i) {
-    while (text[i] != 0 && !InSet(text[i], AttribNameEndChars))
-        ++i;
-    return i;
+    return SkipToStop<AttribNameEndChars>(text, i);
 }
 
 // Where a scan stood before the whitespace in front of the name at `start`.
@@ -80,8 +78,11 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     const wchar quote = text[k];
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
-    while (text[k] != 0 && text[k] != quote)
-        ++k;
+    // Whether the value needs decoding is learnt on the way.
+    wchar amp = 0;
+    for (wchar v = text[k]; v != quote && v != 0; v = text[++k])
+        amp |= wchar(v == u'&');
+    e.valuePlain = amp == 0;
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
@@ -90,9 +91,8 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     return Step::Found;
 }
 
-bool AttribIndex::ScanOn(const TokenCursor& base) {
+bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
     if (m_complete) return false;
-    const wchar* text = base.text;
     int32_t index = int32_t(m_names.size());
     int32_t from = index == 0 ? m_tagNext : m_names.back().resume;
     int32_t counter = index == 0 ? -1 : index;
@@ -118,8 +118,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     }
 
     m_quickNames = false;
-    TokenCursor cursor = base;
-    cursor.next = from;
+    TokenCursor cursor(text, flags, from);
     if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {
         m_names.pop_back();
         m_complete = true;
@@ -139,6 +138,7 @@ bool AttribIndex::ScanOn(const TokenCursor& base) {
     e.valueEnd = cursor.tokenEnd;
     e.valueNext = cursor.next;
     e.valueQuoted = cursor.flags & CursorQuoted;
+    e.valuePlain = false;
     e.resume = cursor.tokenStart == e.start ? e.next : cursor.next; // no value: behind the name
     return true;
 }
@@ -163,30 +163,42 @@ void SetCursor(TokenCursor& out, const TokenCursor& base, int32_t start, int32_t
 
 } // namespace
 
-bool AttribIndex::Name(const TokenCursor& base, int32_t index, TokenCursor& out) {
+bool AttribIndex::Name(const wchar* text, uint32_t flags, int32_t index, Span& out) {
     if (index < 0) return false;
     while (int32_t(m_names.size()) <= index)
-        if (!ScanOn(base)) return false;
+        if (!ScanOn(text, flags)) return false;
     const Entry& e = m_names[size_t(index)];
-    SetCursor(out, base, e.start, e.end, e.next);
+    out = {e.start, e.end - e.start + 1, false};
+    return true;
+}
+
+const AttribIndex::Entry* AttribIndex::Find(const wchar* text, uint32_t flags, const wchar* name) {
+    const bool ignoreCase = (flags & DocIgnoreCase) != 0;
+    for (size_t k = 0;; ++k) {
+        if (k == m_names.size() && !ScanOn(text, flags)) return nullptr;
+        const Entry& e = m_names[k];
+        if (TokenEquals(text + e.start, e.end - e.start + 1, name, ignoreCase)) return &e;
+    }
+}
+
+bool AttribIndex::Value(const wchar* text, uint32_t flags, const wchar* name, Span& out) {
+    const Entry* e = Find(text, flags, name);
+    if (e == nullptr) return false;
+    out = {e->valueStart, e->valueEnd - e->valueStart + 1, e->valuePlain};
     return true;
 }
 
 bool AttribIndex::Value(const TokenCursor& base, const wchar* name, TokenCursor& out) {
-    for (size_t k = 0;; ++k) {
-        if (k == m_names.size() && !ScanOn(base)) {
-            SetCursor(out, base, base.tokenStart, base.tokenEnd, m_end);
-            return false;
-        }
-        const Entry& e = m_names[k];
-        if (!TokenEquals(base.text + e.start, e.end - e.start + 1, name, base.IgnoreCase()))
-            continue;
-        SetCursor(out, base, e.valueStart, e.valueEnd, e.valueNext);
-        out.flags = (base.flags & ~CursorQuoted) | e.valueQuoted;
-        out.matchOrigin = e.origin;
-        out.matchGap = e.start - e.origin;
-        return true;
+    const Entry* e = Find(base.text, base.flags, name);
+    if (e == nullptr) {
+        SetCursor(out, base, base.tokenStart, base.tokenEnd, m_end);
+        return false;
     }
+    SetCursor(out, base, e->valueStart, e->valueEnd, e->valueNext);
+    out.flags = (base.flags & ~CursorQuoted) | e->valueQuoted;
+    out.matchOrigin = e->origin;
+    out.matchGap = e->start - e->origin;
+    return true;
 }
 
 } // namespace vetra::xml

@@ -19,9 +19,19 @@ class AttribIndex {
     /// Starts over on the tag whose scans begin at `tagNext`, unless it holds
     /// that tag already for this text generation.
     void Select(uint64_t generation, int32_t tagNext);
-    /// The name token of attribute `index`, scanning on as far as needed.
-    /// False if the tag has no such attribute.
-    bool Name(const TokenCursor& base, int32_t index, TokenCursor& out);
+    /// A stretch of the text: `plain` when it holds no '&', so that
+    /// decoding it is a copy (known only for values read the quick way).
+    struct Span {
+        int32_t start;
+        int32_t length;
+        bool plain;
+    };
+    /// The name of attribute `index`, scanning on as far as needed. False if
+    /// the tag has no such attribute. `text` and `flags` are the document's.
+    bool Name(const wchar* text, uint32_t flags, int32_t index, Span& out);
+    /// The value (or name) that ScanAttrib by `name` would leave in its
+    /// token; false if the tag has no attribute called `name`.
+    bool Value(const wchar* text, uint32_t flags, const wchar* name, Span& out);
     /// ScanAttrib by name: the first attribute called `name`, its value (or
     /// name) left in `out`'s token. On failure `out.next` stands where a new
     /// attribute belongs, as after a failed ScanAttrib.
@@ -42,8 +52,12 @@ class AttribIndex {
         int32_t valueStart, valueEnd, valueNext;
         uint32_t valueQuoted; // CursorQuoted or 0
         int32_t resume;       // where the next name's scan starts
+        bool valuePlain;      // the quick scan saw no '&' in the value
     };
-    bool ScanOn(const TokenCursor& base); // appends the next name; false at the end
+    // Appends the next name; false at the end.
+    bool ScanOn(const wchar* text, uint32_t flags);
+    // The first entry called `name`, scanning on as far as needed; null if none.
+    const Entry* Find(const wchar* text, uint32_t flags, const wchar* name);
     // The usual attribute (name="value") read without the general scan; Unsure
     // leaves any other shape to it.
     enum class Step { Found, End, Unsure };

@@ -5,46 +5,7 @@ namespace vetra::xml {
 
 namespace {
 
-constexpr uint8_t kSpace = WhitespaceChars | WordEndChars | NameEndChars | AttribNameEndChars |
-                           AttribValueEndChars | BeforeSlashChars;
-
-constexpr uint8_t ClassOf(int c) {
-    switch (c) {
-    case '\t':
-    case '\n':
-    case '\r':
-        return kSpace;
-    case ' ':
-        return kSpace | PathEndChars;
-    case '!':
-    case ';':
-    case '<':
-    case '\\':
-        return WordEndChars;
-    case '"':
-    case '\'':
-        return WordEndChars | BeforeSlashChars;
-    case '/':
-        return WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars;
-    case '=':
-        return WordEndChars | PathEndChars | AttribNameEndChars;
-    case '>':
-        return WordEndChars | NameEndChars | AttribNameEndChars | AttribValueEndChars;
-    case '?':
-        return WordEndChars | AttribNameEndChars;
-    case '[':
-    case ']':
-        return PathEndChars;
-    case 'A':
-    case 'E':
-    case 'N':
-        return DeclStartChars;
-    default:
-        return 0;
-    }
-}
-
-constexpr AsciiTable<ClassOf> kTable;
+constexpr AsciiTable<CharClassOf> kTable;
 
 } // namespace
 

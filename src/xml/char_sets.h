@@ -35,6 +35,60 @@ template <uint8_t (*Classify)(int)> struct AsciiTable {
     }
 };
 
+inline constexpr uint8_t kSpaceClass = WhitespaceChars | WordEndChars | NameEndChars |
+                                       AttribNameEndChars | AttribValueEndChars | BeforeSlashChars;
+
+/// The CharSet bits of the ASCII character `c`: the table in one place.
+constexpr uint8_t CharClassOf(int c) {
+    switch (c) {
+    case '\t':
+    case '\n':
+    case '\r':
+        return kSpaceClass;
+    case ' ':
+        return kSpaceClass | PathEndChars;
+    case '!':
+    case ';':
+    case '<':
+    case '\\':
+        return WordEndChars;
+    case '"':
+    case '\'':
+        return WordEndChars | BeforeSlashChars;
+    case '/':
+        return WordEndChars | PathEndChars | NameEndChars | AttribNameEndChars;
+    case '=':
+        return WordEndChars | PathEndChars | AttribNameEndChars;
+    case '>':
+        return WordEndChars | NameEndChars | AttribNameEndChars | AttribValueEndChars;
+    case '?':
+        return WordEndChars | AttribNameEndChars;
+    case '[':
+    case ']':
+        return PathEndChars;
+    case 'A':
+    case 'E':
+    case 'N':
+        return DeclStartChars;
+    default:
+        return 0;
+    }
+}
+
+/// 1 for the NUL and the members of `set`: what ends a run of `set`'s
+/// complement in a null-terminated text.
+template <uint8_t set> constexpr uint8_t StopOf(int c) {
+    return c == 0 || (CharClassOf(c) & set) != 0;
+}
+template <uint8_t set> inline constexpr AsciiTable<StopOf<set>> kStops{};
+
+/// The first offset from `i` whose character is the NUL or a member of `set`.
+template <uint8_t set> inline int32_t SkipToStop(const wchar* text, int32_t i) {
+    for (wchar c = text[i]; c >= 128 || !kStops<set>.v[c]; c = text[++i]) {
+    }
+    return i;
+}
+
 /// Is `c` a member of `set` (one CharSet bit)?
 inline bool InSet(wchar c, uint8_t set) {
     return c < 128 && (kCharClass[c] & set) != 0;

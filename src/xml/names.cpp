@@ -21,10 +21,10 @@ void SetToken(const TokenCursor& cursor, WideString& out) {
 int32_t XmlEngine::ElementNameSpan(int32_t index, const wchar*& name) const {
     name = m_docText.c_str();
     if (index == 0) return 0;
-    TokenCursor cursor(name, m_docFlags, Rec(index).start + 1);
-    if (!ScanWord(cursor)) return 0;
-    name += cursor.tokenStart;
-    return cursor.TokenLength();
+    int32_t start;
+    const int32_t length = WordSpan(name, Rec(index).start + 1, start);
+    if (length != 0) name += start;
+    return length;
 }
 
 void XmlEngine::ElementName(int32_t index, WideString& out) const {
@@ -65,8 +65,11 @@ void XmlEngine::AttribName(int32_t attribIndex, WideString& out) const {
     out.clear();
     int32_t start = TagScanStart(m_mainIndex);
     if (start < 0) return;
-    TokenCursor name;
-    if (m_attribIndex.Name(TagCursor(start), attribIndex, name)) SetToken(name, out);
+    m_attribIndex.Select(m_textGeneration, start);
+    const wchar* text = m_docText.c_str();
+    AttribIndex::Span name;
+    if (m_attribIndex.Name(text, m_docFlags, attribIndex, name))
+        SetUnits(out, text + name.start, name.length > 0 ? size_t(name.length) : 0);
 }
 
 } // namespace vetra::xml

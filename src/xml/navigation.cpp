@@ -13,11 +13,11 @@ int32_t XmlEngine::FindSibling(int32_t parent, int32_t after, const PathQuery& q
     int32_t candidate = after != 0 ? Rec(after).nextSibling : Rec(parent).firstChild;
     if (query.kind == PathQuery::PathAny) return candidate;
     const wchar* name = query.text + query.position;
-    const wchar* text = m_docText.c_str();
+    const bool ignoreCase = (m_docFlags & DocIgnoreCase) != 0;
     for (; candidate != 0; candidate = Rec(candidate).nextSibling) {
-        TokenCursor cursor(text, m_docFlags, Rec(candidate).start + 1);
-        ScanWord(cursor);
-        if (TokenEquals(cursor, name)) return candidate;
+        const wchar* word;
+        const int32_t length = ElementNameSpan(candidate, word);
+        if (TokenEquals(word, length, name, ignoreCase)) return candidate;
     }
     return 0;
 }
@@ -27,7 +27,8 @@ namespace {
 PathQuery MakeQuery(const wchar* path) {
     PathQuery query;
     query.text = path;
-    if (!ParsePath(query)) query.kind = PathQuery::PathInvalid;
+    // The usual step to the next element needs no parse.
+    if (path != nullptr && !ParsePath(query)) query.kind = PathQuery::PathInvalid;
     return query;
 }
 

@@ -62,16 +62,32 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wcha
 /// Reads nothing at or beyond `end`.
 inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a, wchar b, wchar c) {
 #if defined(VETRA_RUN_SEARCH_SSE2)
-    const __m128i va = _mm_set1_epi16(short(a));
-    const __m128i vb = _mm_set1_epi16(short(b));
-    const __m128i vc = _mm_set1_epi16(short(c));
-    for (; i + 8 <= end; i += 8) {
-        __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
-        __m128i hit =
-            _mm_or_si128(_mm_cmpeq_epi16(block, va),
-                         _mm_or_si128(_mm_cmpeq_epi16(block, vb), _mm_cmpeq_epi16(block, vc)));
-        int mask = _mm_movemask_epi8(hit);
-        if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
+    if (end - i >= 8) {
+        const __m128i va = _mm_set1_epi16(short(a));
+        const __m128i vb = _mm_set1_epi16(short(b));
+        const __m128i vc = _mm_set1_epi16(short(c));
+        auto hits = [&](int32_t at) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
+            return _mm_or_si128(_mm_cmpeq_epi16(v, va),
+                                _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)));
+        };
+        // Sixteen units a step, their two hit vectors packed to one bit per unit.
+        for (; i + 16 <= end; i += 16) {
+            const int mask = _mm_movemask_epi8(_mm_packs_epi16(hits(i), hits(i + 8)));
+            if (mask != 0) return i + __builtin_ctz(unsigned(mask));
+        }
+        if (i + 8 <= end) {
+            const int mask = _mm_movemask_epi8(hits(i));
+            if (mask != 0) return i + (__builtin_ctz(unsigned(mask)) >> 1);
+            i += 8;
+        }
+        // The last few units in a block that ends at `end`: its units in
+        // front of i were searched already.
+        if (i < end) {
+            const int mask = _mm_movemask_epi8(hits(end - 8));
+            return mask != 0 ? end - 8 + (__builtin_ctz(unsigned(mask)) >> 1) : end;
+        }
+        return end;
     }
 #endif
     for (; i < end; ++i) {

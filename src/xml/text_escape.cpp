@@ -153,16 +153,22 @@ size_t DecodeReference(const wchar* after, WideString& out) {
 }
 
 // Decoding without a whitespace flag: runs up to the next '&' go out whole.
-void DecodePlain(const wchar* text, size_t n, WideString& out) {
+// With `stop` set to '<', a '<' in the text, even inside a reference, ends
+// the decoding with false; otherwise `stop` is '&' and the result true.
+bool DecodePlain(const wchar* text, size_t n, wchar stop, WideString& out) {
     size_t i = 0;
     while (i < n) {
-        size_t amp = size_t(FindAnyBefore(text, int32_t(i), int32_t(n), '&', '&', '&'));
+        size_t amp = size_t(FindAnyBefore(text, int32_t(i), int32_t(n), '&', stop, stop));
         out.append(text + i, amp - i);
         if (amp == n) break;
+        if (text[amp] != '&') return false;
         size_t taken = DecodeReference(text + amp + 1, out);
         if (taken == 0) out += u'&';
         i = amp + 1 + taken;
+        for (size_t k = amp + 1; k < i; ++k)
+            if (text[k] == stop) return false;
     }
+    return true;
 }
 
 // Decoding with DocTrimSpace or DocCollapseSpace. `mark` is kNothingYet while
@@ -240,10 +246,15 @@ void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString&
     // Decoding never lengthens, except for a reference running past `length`.
     ReserveMore(out, n);
     if ((flags & (DocTrimSpace | DocCollapseSpace)) == 0) {
-        DecodePlain(text, n, out);
+        DecodePlain(text, n, '&', out);
     } else {
         DecodeSpaced(text, n, (flags & DocCollapseSpace) != 0, out);
     }
+}
+
+bool DecodeTextUnlessMarkup(const wchar* text, int32_t length, WideString& out) {
+    ReserveMore(out, size_t(length));
+    return DecodePlain(text, size_t(length), '<', out);
 }
 
 WideString DecodeText(const wchar* text, int32_t length, uint32_t flags) {

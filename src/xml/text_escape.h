@@ -33,6 +33,11 @@ WideString DecodeText(const wchar* text, int32_t length, uint32_t flags);
 /// appended piece alone.
 void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString& out);
 
+/// As DecodeTextTo of `length` characters without whitespace flags, in one
+/// pass, as long as no '<' stands in them: false if one does, with part of
+/// the text appended to `out`.
+bool DecodeTextUnlessMarkup(const wchar* text, int32_t length, WideString& out);
+
 /// Escapes < & > (and with EditAttribText the quotes) of the NUL-terminated
 /// `text`, which must not be null. With EditKeepRefs a well-formed reference
 /// passes unchanged.

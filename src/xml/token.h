@@ -50,6 +50,17 @@ int32_t ScanNodeByRules(TokenCursor& cursor, NodeToken& node);
 /// A copy of the cursor's token.
 WideString TokenText(const TokenCursor& cursor);
 
+/// The word ScanWord reads from offset `i`: its first offset in `start`, and
+/// its length, 0 at the end of the text. A delimiter is a word of its own.
+inline int32_t WordSpan(const wchar* text, int32_t i, int32_t& start) {
+    while (InSet(text[i], WhitespaceChars))
+        ++i;
+    start = i;
+    if (text[i] == 0) return 0;
+    const int32_t end = SkipToStop<WordEndChars>(text, i);
+    return end == i ? 1 : end - i;
+}
+
 /// Reads the next word into the token; false at the end of the text.
 bool ScanWord(TokenCursor& cursor);
 

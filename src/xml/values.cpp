@@ -7,6 +7,7 @@
 #include "xml/char_sets.h"
 #include "xml/run_search.h"
 #include "xml/text_escape.h"
+#include "xml/wide_text.h"
 #include "xml/xml_engine.h"
 
 namespace vetra::xml {
@@ -61,8 +62,14 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
     const wchar* text = m_docText.c_str();
     int32_t contentStart = r.ContentStart();
     int32_t contentEnd = contentStart + r.ContentLength();
-    if (FindAnyBefore(text, contentStart, contentEnd, u'<', u'<', u'<') == contentEnd)
+    // Text alone, the usual data, is decoded in one pass: plain text is one
+    // search and one copy.
+    if ((m_docFlags & (DocTrimSpace | DocCollapseSpace)) == 0) {
+        if (DecodeTextUnlessMarkup(text + contentStart, contentEnd - contentStart, out)) return;
+        out.clear();
+    } else if (FindAnyBefore(text, contentStart, contentEnd, u'<', u'<', u'<') == contentEnd) {
         return DecodeTextTo(text + contentStart, contentEnd - contentStart, m_docFlags, out);
+    }
 
     // The content holds more than text: keep text and CDATA, drop the rest.
     TokenCursor cursor(text, m_docFlags, contentStart);
@@ -82,9 +89,13 @@ void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) c
     out.clear();
     int32_t start = TagScanStart(index);
     if (start < 0 || name == nullptr) return;
-    TokenCursor value;
-    if (!m_attribIndex.Value(TagCursor(start), name, value)) return;
-    DecodeTextTo(value.text + value.tokenStart, value.TokenLength(), m_docFlags, out);
+    m_attribIndex.Select(m_textGeneration, start);
+    const wchar* text = m_docText.c_str();
+    AttribIndex::Span value;
+    if (!m_attribIndex.Value(text, m_docFlags, name, value)) return;
+    if (value.plain && (m_docFlags & (DocTrimSpace | DocCollapseSpace)) == 0)
+        return SetUnits(out, text + value.start, size_t(value.length));
+    DecodeTextTo(text + value.start, value.length, m_docFlags, out);
 }
 
 void XmlEngine::ElementSubDoc(int32_t index, WideString& out) const {

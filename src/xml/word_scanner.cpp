@@ -10,21 +10,12 @@
 namespace vetra::xml {
 
 bool ScanWord(TokenCursor& cursor) {
-    const wchar* text = cursor.text;
-    int32_t i = cursor.next;
-    while (InSet(text[i], WhitespaceChars))
-        ++i;
-    cursor.next = i;
-    cursor.tokenStart = i;
-    cursor.tokenEnd = i - 1;
-    if (text[i] == 0) return false;
-    while (text[i] != 0 && !InSet(text[i], WordEndChars))
-        ++i;
-    // A delimiter that starts a word is a word of its own.
-    if (i == cursor.next) ++i;
-    cursor.next = i;
-    cursor.tokenEnd = i - 1;
-    return true;
+    int32_t start;
+    const int32_t length = WordSpan(cursor.text, cursor.next, start);
+    cursor.tokenStart = start;
+    cursor.next = start + length;
+    cursor.tokenEnd = start + length - 1;
+    return length != 0;
 }
 
 namespace {

@@ -36,6 +36,9 @@ TEST(Reading, ValuesAtThePosition) {
         {u"<a>x<!--c-->y</a>", "m a", READ(GetData()), u"xy"},
         {u"<a>x<!x>y</a>", "m a", READ(GetData()), u"xy"},
         {u"<a>t<b/></a>", "m a", READ(GetData()), u""},
+        // A reference that swallows a '<' doesn't hide the markup behind it.
+        {u"<a>&#60<;x</a>", "m a", READ(GetData()), u"<"},
+        {u"<a>x&amp;y&#60;</a>", "m a", READ(GetData()), u"x&y<"},
         // Attribute values by every quoting.
         {u"<e k='a\"b'/>", "m e", READ(GetAttrib(u"k")), u"a\"b"},
         {u"<e k=v/>", "m e", READ(GetAttrib(u"k")), u"v/"},
