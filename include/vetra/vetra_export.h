@@ -8,6 +8,8 @@
 #if defined(_WIN32)
 #if defined(VETRA_BUILDING)
 #define VETRA_API __declspec(dllexport)
+#elif defined(VETRA_STATIC)
+#define VETRA_API // linked from a static library of the same objects
 #else
 #define VETRA_API __declspec(dllimport)
 #endif
