@@ -12,7 +12,7 @@ namespace vetra::xml {
 
 bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value, uint32_t flags) {
     if (m_docFlags & DocReadStream || name == nullptr) return false;
-    int32_t start = TagScanStart(index);
+    int32_t start = SelectTag(index);
     if (start < 0) return false;
     bool onElement = index != 0 && m_nodeType == NodeElement;
     // The attribute index finds what ScanAttrib by name would find; the
@@ -24,7 +24,8 @@ bool XmlEngine::WriteAttrib(int32_t index, const wchar* name, const wchar* value
     ScratchText scratch(m_editText);
     WideString& replacement = scratch.text;
     int32_t position, count = 0;
-    const bool found = m_attribIndex.Value(TagCursor(start), name, cursor);
+    const bool found =
+        m_attribIndex.Value(TokenCursor(m_docText.c_str(), m_docFlags, start), name, cursor);
     if (found) {
         if (cursor.tokenStart == cursor.matchOrigin + cursor.matchGap) {
             // The name stands alone: it stays, and the value goes behind it.

@@ -6,10 +6,12 @@
 #include "xml/attrib_index.h"
 
 #include "xml/char_sets.h"
+#include "xml/run_search.h"
 
 namespace vetra::xml {
 
-void AttribIndex::Select(uint64_t generation, int32_t tagNext) {
+void AttribIndex::Select(uint64_t generation, int32_t tagNext, int32_t record) {
+    m_record = record;
     if (generation == m_generation && tagNext == m_tagNext) return;
     m_generation = generation;
     m_tagNext = tagNext;
@@ -79,10 +81,9 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
     // Whether the value needs decoding is learnt on the way.
-    wchar amp = 0;
-    for (wchar v = text[k]; v != quote && v != 0; v = text[++k])
-        amp |= wchar(v == u'&');
-    e.valuePlain = amp == 0;
+    k = FindAny(text, k, quote, u'&', u'&');
+    e.valuePlain = text[k] != u'&';
+    if (!e.valuePlain) k = FindAny(text, k, quote, quote, quote);
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;

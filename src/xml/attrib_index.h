@@ -16,9 +16,16 @@ namespace vetra::xml {
 
 class AttribIndex {
   public:
-    /// Starts over on the tag whose scans begin at `tagNext`, unless it holds
-    /// that tag already for this text generation.
-    void Select(uint64_t generation, int32_t tagNext);
+    /// Starts over on the tag whose scans begin at `tagNext`, the start tag
+    /// of element `record` (0 for none), unless it holds that tag already
+    /// for this text generation.
+    void Select(uint64_t generation, int32_t tagNext, int32_t record);
+    /// Where the scans of element `record`'s tag begin if it holds that tag
+    /// for this generation (an element's tag stays put until the text
+    /// changes); else -1.
+    int32_t Held(uint64_t generation, int32_t record) const {
+        return record != 0 && record == m_record && generation == m_generation ? m_tagNext : -1;
+    }
     /// A stretch of the text: `plain` when it holds no '&', so that
     /// decoding it is a copy (known only for values read the quick way).
     struct Span {
@@ -65,6 +72,7 @@ class AttribIndex {
 
     uint64_t m_generation = 0; // 0 never matches: the engine counts from 1
     int32_t m_tagNext = -1;
+    int32_t m_record = 0; // the element whose tag starts at m_tagNext, or 0
     bool m_complete = false;
     bool m_quickEnd = false;  // complete by the quick scan, at m_end
     bool m_quickNames = true; // every name so far read by the quick scan

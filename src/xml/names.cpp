@@ -63,9 +63,7 @@ void XmlEngine::NodeName(WideString& out) const {
 
 void XmlEngine::AttribName(int32_t attribIndex, WideString& out) const {
     out.clear();
-    int32_t start = TagScanStart(m_mainIndex);
-    if (start < 0) return;
-    m_attribIndex.Select(m_textGeneration, start);
+    if (SelectTag(m_mainIndex) < 0) return;
     const wchar* text = m_docText.c_str();
     AttribIndex::Span name;
     if (m_attribIndex.Name(text, m_docFlags, attribIndex, name))

@@ -26,8 +26,10 @@
 
 namespace vetra::xml {
 
-/// The first offset from `i` whose character is NUL, `a`, `b` or `c`.
-VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wchar b, wchar c) {
+/// The first offset from `i` whose character is NUL or one of `chars`.
+template <typename... Chars>
+VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, Chars... chars) {
+    static_assert(sizeof...(Chars) >= 1, "at least one character besides the NUL");
 #if defined(VETRA_RUN_SEARCH_SSE2)
     // The first block starts at the 16-byte boundary at or before text + i;
     // the hits in front of i are masked off.
@@ -35,16 +37,13 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wcha
     const unsigned skipped = unsigned(at & 15);
     auto block = reinterpret_cast<const __m128i*>(at - skipped);
     const __m128i zero = _mm_setzero_si128();
-    const __m128i va = _mm_set1_epi16(short(a));
-    const __m128i vb = _mm_set1_epi16(short(b));
-    const __m128i vc = _mm_set1_epi16(short(c));
     // (No lambda: the sanitizer would instrument its loads.)
     unsigned mask = 0xFFFFu << skipped;
     for (;; ++block) {
         const __m128i v = _mm_load_si128(block);
-        mask &= unsigned(_mm_movemask_epi8(
-            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, zero), _mm_cmpeq_epi16(v, va)),
-                         _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)))));
+        __m128i hit = _mm_cmpeq_epi16(v, zero);
+        ((hit = _mm_or_si128(hit, _mm_cmpeq_epi16(v, _mm_set1_epi16(short(chars))))), ...);
+        mask &= unsigned(_mm_movemask_epi8(hit));
         if (mask != 0) break;
         mask = 0xFFFFu;
     }
@@ -52,8 +51,8 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, wchar a, wcha
     return int32_t((found - reinterpret_cast<const char*>(text)) / 2);
 #else
     for (;; ++i) {
-        wchar u = text[i];
-        if (u == 0 || u == a || u == b || u == c) return i;
+        const wchar u = text[i];
+        if (u == 0 || ((u == wchar(chars)) || ...)) return i;
     }
 #endif
 }

@@ -22,8 +22,6 @@ constexpr uint64_t Bit(wchar c) {
 }
 
 constexpr uint64_t kSpaceBits = Bit('\t') | Bit('\n') | Bit('\r') | Bit(' ');
-constexpr uint64_t kMarkupBits = Bit('<') | Bit('&') | Bit('>');
-constexpr uint64_t kQuoteBits = Bit('"') | Bit('\'');
 
 // One test for membership of a set of characters below 64.
 inline bool InBits(wchar c, uint64_t bits) {
@@ -271,13 +269,12 @@ WideString EncodeText(const wchar* text, uint32_t flags) {
 
 void EncodeTextTo(const wchar* text, uint32_t flags, WideString& out) {
     // One pass: the NUL ends the last run like a character to escape.
-    const uint64_t escaped = kMarkupBits | Bit(0) | ((flags & EditAttribText) ? kQuoteBits : 0);
+    const bool quotes = (flags & EditAttribText) != 0;
     const bool keepRefs = (flags & EditKeepRefs) != 0;
     size_t i = 0;
     for (;;) {
-        size_t end = i;
-        while (!InBits(text[end], escaped))
-            ++end;
+        const size_t end = size_t(quotes ? FindAny(text, int32_t(i), u'<', u'&', u'>', u'"', u'\'')
+                                         : FindAny(text, int32_t(i), u'<', u'&', u'>'));
         out.append(text + i, end - i);
         if (text[end] == 0) break;
         if (keepRefs && text[end] == '&') {

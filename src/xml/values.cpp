@@ -87,9 +87,7 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
 
 void XmlEngine::AttribValue(int32_t index, const wchar* name, WideString& out) const {
     out.clear();
-    int32_t start = TagScanStart(index);
-    if (start < 0 || name == nullptr) return;
-    m_attribIndex.Select(m_textGeneration, start);
+    if (name == nullptr || SelectTag(index) < 0) return;
     const wchar* text = m_docText.c_str();
     AttribIndex::Span value;
     if (!m_attribIndex.Value(text, m_docFlags, name, value)) return;

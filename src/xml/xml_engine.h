@@ -159,11 +159,17 @@ class XmlEngine {
             return m_nodeOffset + 2;
         return -1;
     }
-    /// A cursor at `start`, a TagScanStart, with the attribute index set to
-    /// that tag: names are read one after another without rescanning it.
-    TokenCursor TagCursor(int32_t start) const {
-        m_attribIndex.Select(m_textGeneration, start);
-        return TokenCursor(m_docText.c_str(), m_docFlags, start);
+    /// Sets the attribute index to the tag at `index`, so that names are
+    /// read one after another without rescanning it, and gives its
+    /// TagScanStart. An element's tag that the index holds already is known
+    /// by its record, which then isn't read.
+    int32_t SelectTag(int32_t index) const {
+        const int32_t record = index != 0 && m_nodeType == NodeElement ? index : 0;
+        const int32_t held = m_attribIndex.Held(m_textGeneration, record);
+        if (held >= 0) return held;
+        const int32_t start = TagScanStart(index);
+        if (start >= 0) m_attribIndex.Select(m_textGeneration, start, record);
+        return start;
     }
 
     // --- Element editing (element_edit.cpp, element_splice.cpp, offsets.cpp)
