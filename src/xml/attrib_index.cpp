@@ -88,7 +88,8 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
     e.resume = e.valueNext;
-    e.origin = OriginOf(text, e.start);
+    // Only whitespace stands between `from` and the name.
+    e.origin = OriginOf(text, from);
     return Step::Found;
 }
 

@@ -95,11 +95,15 @@ constexpr uint8_t RunEndsOf(int c) {
 
 constexpr AsciiTable<RunEndsOf> kRunEnds;
 
-// The first offset from i that ends the run.
+// The first offset from i that ends the run. Four units a pass: the loop
+// costs less than the test of each unit.
 inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
-    for (;; ++i) {
-        const wchar c = text[i];
-        if (c < 128 && (kRunEnds.v[c] & run) != 0) return i;
+    auto ends = [&](wchar c) { return c < 128 && (kRunEnds.v[c] & run) != 0; };
+    for (;; i += 4) {
+        if (ends(text[i])) return i;
+        if (ends(text[i + 1])) return i + 1;
+        if (ends(text[i + 2])) return i + 2;
+        if (ends(text[i + 3])) return i + 3;
     }
 }
 
