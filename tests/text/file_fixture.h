@@ -1,6 +1,6 @@
-// file_fixture.h - what the file tests share: a scratch folder removed at the end, whole
-// files written and read back, and putting the system's file operations back after a test
-// that made one of them fail.
+// file_fixture.h - what the tests that touch files share: a scratch folder removed with all
+// it holds, whole files written and read back, and putting the system's file operations
+// back after a test that made one of them fail.
 #ifndef VETRA_TESTS_FILE_FIXTURE_H
 #define VETRA_TESTS_FILE_FIXTURE_H
 
@@ -17,6 +17,11 @@
 #include "platform/file.h"
 
 namespace vetra::test {
+
+inline std::string ReadWholeFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
 
 class ScratchFolder {
   public:
@@ -37,10 +42,7 @@ class ScratchFolder {
         std::ofstream(Path(name), std::ios::binary) << bytes;
         return Path(name);
     }
-    std::string Read(const std::string& name) const {
-        std::ifstream in(Path(name), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
+    std::string Read(const std::string& name) const { return ReadWholeFile(Path(name)); }
     /// The names in the folder, sorted: a failed save must leave no temporary file.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;

@@ -3,41 +3,33 @@
 // same bytes, and Save must give the bytes back.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "support/doc_script.h"
+#include "text/file_fixture.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using vetra::test::ReadWholeFile;
 
 TEST(RealDocuments, LoadAsPythonDecodesAndSaveGivesTheBytesBack) {
-    const fs::path folder = fs::path(__FILE__).parent_path().parent_path() / "data/encodings";
-    const fs::path saved = fs::temp_directory_path() / "vetra-real-document.xml";
+    const auto folder = std::filesystem::path(__FILE__).parent_path() / "../data/encodings";
+    const vetra::test::ScratchFolder scratch;
     int documents = 0;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        const fs::path path = entry.path();
-        if (path.extension() != ".xml" && path.extension() != ".html") continue;
-        SCOPED_TRACE(path.filename().string());
-        const std::string expected = ReadFile(path.string() + ".utf16");
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string path = entry.path().string();
+        if (entry.path().extension() != ".xml" && entry.path().extension() != ".html") continue;
+        SCOPED_TRACE(path);
+        const std::string expected = ReadWholeFile(path + ".utf16");
         CVTXmlParser doc;
         EXPECT_EQ(doc.Load(path.c_str()), 1);
-        const std::u16string text = doc.GetDoc();
-        EXPECT_TRUE(text.size() * 2 == expected.size() &&
-                    std::memcmp(text.data(), expected.data(), expected.size()) == 0);
-        EXPECT_EQ(doc.Save(saved.c_str()), 1);
-        EXPECT_TRUE(ReadFile(saved) == ReadFile(path));
+        EXPECT_TRUE(std::u16string(doc.GetDoc()) ==
+                    std::u16string(reinterpret_cast<const char16_t*>(expected.data()),
+                                   expected.size() / 2));
+        EXPECT_EQ(doc.Save(scratch.Path("saved.xml").c_str()), 1);
+        EXPECT_TRUE(scratch.Read("saved.xml") == ReadWholeFile(path));
         ++documents;
     }
-    fs::remove(saved);
     EXPECT_GE(documents, 19);
 }
 
