@@ -1,6 +1,6 @@
-// Tests of the vtmem_ functions: which operation of the table each call
-// reaches, the heap paths of the null allocator, the block allocator's sizes,
-// clearing and lock, and several threads allocating under one lock.
+// Tests of the vtmem_ functions: which operation of the table each call reaches, the heap
+// paths of the null allocator, the block allocator's sizes, clearing and lock, and several
+// threads allocating under one lock.
 #include "vetra/vtmem.h"
 
 #include <gtest/gtest.h>
@@ -20,31 +20,25 @@ namespace {
 
 using vetra::memory::test::FakeHeap;
 
-// A caller-built allocator that records which operation was reached.
+// A caller-built allocator that notes which operation was reached, and with what.
 struct Recorder {
     std::string calls;
     size_t size = 0;
     void* lock = nullptr;
-    char piece[64] = {};
+    char piece[64];
 };
-
-Recorder& Rec(void* state) {
-    return *static_cast<Recorder*>(state);
-}
-
 void* RecordAlloc(void* s, size_t size, void* lock) {
-    Rec(s).calls += "alloc";
-    Rec(s).size = size;
-    Rec(s).lock = lock;
-    return Rec(s).piece;
+    Recorder& r = *static_cast<Recorder*>(s);
+    r.calls += "alloc", r.size = size, r.lock = lock;
+    return r.piece;
 }
 void RecordFree(void* s, void*) {
-    Rec(s).calls += "free";
+    static_cast<Recorder*>(s)->calls += "free";
 }
 void* RecordRealloc(void* s, void*, size_t size) {
-    Rec(s).calls += "realloc";
-    Rec(s).size = size;
-    return Rec(s).piece;
+    Recorder& r = *static_cast<Recorder*>(s);
+    r.calls += "realloc", r.size = size;
+    return r.piece;
 }
 
 enum class Call { alloc, alloc0, free, realloc };
@@ -109,11 +103,10 @@ TEST(Vtmem, NullAllocatorIsTheHeap) {
     vtmem_destroy_allocator(nullptr);
 }
 
-TEST(Vtmem, BlockAllocatorSizesAndLifecycle) {
+TEST(Vtmem, BlockAllocator) {
     _vtmem_allocator_t* a = vtmem_block_allocator_new(4096, 0);
     ASSERT_NE(a, nullptr);
     EXPECT_EQ(vtmem_size(a), 0u);
-    EXPECT_EQ(vtmem_alloc(a, 0), nullptr);
     EXPECT_EQ(vtmem_alloc0(a, 0), nullptr);
     char* p = static_cast<char*>(vtmem_alloc(a, 10));
     ASSERT_NE(p, nullptr);
@@ -121,45 +114,29 @@ TEST(Vtmem, BlockAllocatorSizesAndLifecycle) {
     EXPECT_EQ(vtmem_size(a), 4096u);
     vtmem_free(a, p); // nothing is given back alone
     EXPECT_EQ(vtmem_size(a), 4096u);
-    EXPECT_EQ(vtmem_alloc(a, 4081), nullptr); // no fallback to the heap
-    EXPECT_EQ(vtmem_alloc0(a, 4081), nullptr);
-    EXPECT_EQ(vtmem_realloc(a, p, 0), nullptr);
+    EXPECT_EQ(vtmem_alloc(a, 4081), nullptr);  // no fallback to the heap
     EXPECT_EQ(vtmem_realloc(a, p, 5), p + 30); // a fresh piece, nothing copied
+    std::memset(p, 0xAA, 64);
     vtmem_reset(a);
     EXPECT_EQ(vtmem_size(a), 4096u);
-    EXPECT_EQ(vtmem_alloc(a, 1), p);
+    // Sizes reach the buffer cut to 32 bits: 2^32 asks for nothing, 2^32 + 16 for 16 bytes,
+    // and only those are cleared.
+    const uint64_t over = uint64_t(1) << 32;
+    EXPECT_EQ(vtmem_alloc(a, size_t(over)), nullptr);
+    EXPECT_EQ(vtmem_alloc0(a, size_t(over + 16)), p);
+    EXPECT_EQ(std::count(p, p + 17, 0), 16);
+    EXPECT_EQ(vtmem_alloc(a, 1), p + 16);
     vtmem_freeall(a);
     EXPECT_EQ(vtmem_size(a), 0u);
     EXPECT_NE(vtmem_alloc(a, 1), nullptr);
     vtmem_destroy_allocator(a);
-}
 
-TEST(Vtmem, BlockAllocatorCutsSizesTo32Bits) {
-    if (sizeof(size_t) < 8) GTEST_SKIP() << "size_t has 32 bits";
-    _vtmem_allocator_t* a = vtmem_block_allocator_new(4096, 0);
-    unsigned char* dirty = static_cast<unsigned char*>(vtmem_alloc(a, 64));
-    std::memset(dirty, 0xAA, 64);
-    vtmem_reset(a);
-    const uint64_t over = uint64_t(1) << 32;
-    EXPECT_EQ(vtmem_alloc(a, size_t(over)), nullptr); // reaches the buffer as 0
-    unsigned char* p = static_cast<unsigned char*>(vtmem_alloc0(a, size_t(over + 16)));
-    EXPECT_EQ(p, dirty);
-    EXPECT_EQ(std::count(p, p + 16, 0), 16);
-    EXPECT_EQ(p[16], 0xAA);
-    EXPECT_EQ(vtmem_alloc(a, 1), p + 16);
-    vtmem_destroy_allocator(a);
-}
-
-TEST(Vtmem, BlockAllocatorOddSettings) {
-    _vtmem_allocator_t* zero = vtmem_block_allocator_new(0, 0);
+    _vtmem_allocator_t* zero = vtmem_block_allocator_new(0, 0); // every request fails
     EXPECT_EQ(vtmem_alloc(zero, 1), nullptr);
-    EXPECT_EQ(vtmem_size(zero), 0u);
     vtmem_destroy_allocator(zero);
-
     _vtmem_allocator_t* ring = vtmem_block_allocator_new(4096, 1);
     void* first = vtmem_alloc(ring, 3000);
     EXPECT_EQ(vtmem_alloc(ring, 3000), first); // restarted over the old piece
-    EXPECT_EQ(vtmem_size(ring), 4096u);
     vtmem_destroy_allocator(ring);
 }
 
@@ -171,10 +148,8 @@ TEST(Vtmem, LockIsMadeOnceAndDropped) {
     EXPECT_NE(lock, nullptr);
     vtmem_block_allocator_use_lock(a, true);
     EXPECT_EQ(a->lock, lock);
-    EXPECT_NE(vtmem_alloc0(a, 8), nullptr);
     vtmem_block_allocator_use_lock(a, false);
     EXPECT_EQ(a->lock, nullptr);
-
     heap.refuseLocks = true;
     vtmem_block_allocator_use_lock(a, true);
     EXPECT_EQ(a->lock, nullptr); // goes on without one
