@@ -19,6 +19,8 @@ void AttribIndex::Select(uint64_t generation, int32_t tagNext, int32_t record) {
     m_quickEnd = false;
     m_quickNames = true;
     m_end = -1;
+    m_firsts = 0;
+    m_lastNamed = -1;
     m_names.clear();
 }
 
@@ -81,9 +83,10 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
     // Whether the value needs decoding is learnt on the way.
-    k = FindAny(text, k, quote, u'&', u'&');
-    e.valuePlain = text[k] != u'&';
-    if (!e.valuePlain) k = FindAny(text, k, quote, quote, quote);
+    wchar amp = 0;
+    for (wchar v = text[k]; v != quote && v != 0; v = text[++k])
+        amp |= wchar(v == u'&');
+    e.valuePlain = amp == 0;
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
@@ -108,6 +111,7 @@ bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
     Entry& e = m_names.emplace_back();
     switch (QuickScan(text, from, e)) {
     case Step::Found:
+        NoteFirstUnit(text, e);
         return true;
     case Step::End:
         m_names.pop_back();
@@ -142,7 +146,14 @@ bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
     e.valueQuoted = cursor.flags & CursorQuoted;
     e.valuePlain = false;
     e.resume = cursor.tokenStart == e.start ? e.next : cursor.next; // no value: behind the name
+    NoteFirstUnit(text, e);
     return true;
+}
+
+void AttribIndex::NoteFirstUnit(const wchar* text, Entry& e) {
+    e.firstsBefore = m_firsts;
+    // A name without units would match whatever its neighbours match.
+    m_firsts |= e.end >= e.start ? uint64_t(1) << (text[e.start] & 63) : ~uint64_t(0);
 }
 
 namespace {
@@ -171,11 +182,22 @@ bool AttribIndex::Name(const wchar* text, uint32_t flags, int32_t index, Span& o
         if (!ScanOn(text, flags)) return false;
     const Entry& e = m_names[size_t(index)];
     out = {e.start, e.end - e.start + 1, false};
+    m_lastNamed = index;
     return true;
 }
 
 const AttribIndex::Entry* AttribIndex::Find(const wchar* text, uint32_t flags, const wchar* name) {
     const bool ignoreCase = (flags & DocIgnoreCase) != 0;
+    // The usual search is for the name read last. It is the first of that
+    // name if no name in front of it begins with the same unit, as a match
+    // must (without folding).
+    if (m_lastNamed >= 0 && !ignoreCase) {
+        const Entry& e = m_names[size_t(m_lastNamed)];
+        const uint64_t first = uint64_t(1) << (text[e.start] & 63);
+        if ((e.firstsBefore & first) == 0 &&
+            TokenEquals(text + e.start, e.end - e.start + 1, name, false))
+            return &e;
+    }
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(text, flags)) return nullptr;
         const Entry& e = m_names[k];

@@ -60,7 +60,11 @@ class AttribIndex {
         uint32_t valueQuoted; // CursorQuoted or 0
         int32_t resume;       // where the next name's scan starts
         bool valuePlain;      // the quick scan saw no '&' in the value
+        // The first units of the names in front of it, one bit per unit
+        // modulo 64: a name whose bit isn't set has no namesake before it.
+        uint64_t firstsBefore;
     };
+    void NoteFirstUnit(const wchar* text, Entry& e); // sets firstsBefore, adds e's bit
     // Appends the next name; false at the end.
     bool ScanOn(const wchar* text, uint32_t flags);
     // The first entry called `name`, scanning on as far as needed; null if none.
@@ -77,6 +81,8 @@ class AttribIndex {
     bool m_quickEnd = false;  // complete by the quick scan, at m_end
     bool m_quickNames = true; // every name so far read by the quick scan
     int32_t m_end = -1;       // once complete: where the scan stopped
+    uint64_t m_firsts = 0;    // the first units of all names read, as in firstsBefore
+    int32_t m_lastNamed = -1; // the last index Name gave, or -1
     std::vector<Entry> m_names;
 };
 
