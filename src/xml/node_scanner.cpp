@@ -95,15 +95,11 @@ constexpr uint8_t RunEndsOf(int c) {
 
 constexpr AsciiTable<RunEndsOf> kRunEnds;
 
-// The first offset from i that ends the run. Four units a pass: the loop
-// costs less than the test of each unit.
+// The first offset from i that ends the run.
 inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
-    auto ends = [&](wchar c) { return c < 128 && (kRunEnds.v[c] & run) != 0; };
-    for (;; i += 4) {
-        if (ends(text[i])) return i;
-        if (ends(text[i + 1])) return i + 1;
-        if (ends(text[i + 2])) return i + 2;
-        if (ends(text[i + 3])) return i + 3;
+    for (;; ++i) {
+        const wchar c = text[i];
+        if (c < 128 && (kRunEnds.v[c] & run) != 0) return i;
     }
 }
 
@@ -263,7 +259,7 @@ int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
             ++i;
             if (run != NoRun) {
                 const int32_t from = i;
-                i = SkipRun(text, i, run);
+                i = SkipLongRun(text, i, run);
                 if (i != from) {
                     prev2 = i - from > 1 ? text[i - 2] : prev;
                     prev = text[i - 1];
