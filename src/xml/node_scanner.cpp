@@ -321,7 +321,9 @@ int32_t ScanNode(TokenCursor& cursor, NodeToken& node) {
     return quick != kUnsure ? quick : ScanNodeByRules(cursor, node);
 }
 
-int32_t ScanNodeByRules(TokenCursor& cursor, NodeToken& node) {
+// Kept out of ScanNode, so that the usual nodes don't pay for saving the
+// registers that the state machine needs.
+VETRA_NO_INLINE int32_t ScanNodeByRules(TokenCursor& cursor, NodeToken& node) {
     const wchar* const text = cursor.text;
     node.start = cursor.next;
     node.flags = 0;

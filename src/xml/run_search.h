@@ -20,8 +20,10 @@
 
 #if defined(__clang__) || defined(__GNUC__)
 #define VETRA_NO_ASAN __attribute__((no_sanitize_address))
+#define VETRA_NO_INLINE __attribute__((noinline))
 #else
 #define VETRA_NO_ASAN
+#define VETRA_NO_INLINE
 #endif
 
 namespace vetra::xml {
