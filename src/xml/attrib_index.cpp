@@ -59,6 +59,19 @@ int32_t OriginOf(const wchar* text, int32_t start) {
     return start;
 }
 
+// What stops the loop over a quoted value: its end, either quote, and the
+// '&' that makes it need decoding.
+constexpr uint8_t ValueStopOf(int c) {
+    return c == 0 || c == '"' || c == '\'' || c == '&';
+}
+constexpr AsciiTable<ValueStopOf> kValueStops;
+
+int32_t SkipToValueStop(const wchar* text, int32_t i) {
+    for (wchar c = text[i]; c >= 128 || !kValueStops.v[c]; c = text[++i]) {
+    }
+    return i;
+}
+
 int32_t SkipWhitespace(const wchar* text, int32_t i) {
     while (InSet(text[i], WhitespaceChars))
         ++i;
@@ -83,10 +96,12 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     if (!IsQuote(quote)) return Step::Unsure;
     e.valueStart = ++k;
     // Whether the value needs decoding is learnt on the way.
-    wchar amp = 0;
-    for (wchar v = text[k]; v != quote && v != 0; v = text[++k])
-        amp |= wchar(v == u'&');
-    e.valuePlain = amp == 0;
+    e.valuePlain = true;
+    for (;; ++k) {
+        k = SkipToValueStop(text, k);
+        if (text[k] == quote || text[k] == 0) break;
+        if (text[k] == u'&') e.valuePlain = false;
+    }
     e.valueEnd = k - 1;
     e.valueNext = text[k] == quote ? k + 1 : k;
     e.valueQuoted = CursorQuoted;
