@@ -60,18 +60,26 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, Chars... char
 }
 
 /// The first offset in [i, end) whose character is `a`, `b` or `c`, or `end`.
-/// Reads nothing at or beyond `end`.
+/// Reads nothing at or beyond `end`, but may read up to eight units in front
+/// of i, never in front of `text`.
 inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a, wchar b, wchar c) {
 #if defined(VETRA_RUN_SEARCH_SSE2)
+    const __m128i va = _mm_set1_epi16(short(a));
+    const __m128i vb = _mm_set1_epi16(short(b));
+    const __m128i vc = _mm_set1_epi16(short(c));
+    auto hits = [&](int32_t at) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
+        return _mm_or_si128(_mm_cmpeq_epi16(v, va),
+                            _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)));
+    };
+    if (end - i < 8 && end >= 8 && i < end) {
+        // A short range is searched in the block that ends where it ends;
+        // the units in front of i, read from the text before it, don't count.
+        const unsigned mask =
+            unsigned(_mm_movemask_epi8(hits(end - 8))) & (0xFFFFu << (2 * (i - (end - 8))));
+        return mask != 0 ? end - 8 + (__builtin_ctz(mask) >> 1) : end;
+    }
     if (end - i >= 8) {
-        const __m128i va = _mm_set1_epi16(short(a));
-        const __m128i vb = _mm_set1_epi16(short(b));
-        const __m128i vc = _mm_set1_epi16(short(c));
-        auto hits = [&](int32_t at) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
-            return _mm_or_si128(_mm_cmpeq_epi16(v, va),
-                                _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)));
-        };
         // Sixteen units a step, their two hit vectors packed to one bit per unit.
         for (; i + 16 <= end; i += 16) {
             const int mask = _mm_movemask_epi8(_mm_packs_epi16(hits(i), hits(i + 8)));
