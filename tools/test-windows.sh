@@ -4,8 +4,9 @@
 # build (version resource, documents in every code page).
 # Usage: tools/test-windows.sh [build-dir [ctest arguments...]]
 # The GoogleTest build goes to <build-dir>-gtest, the Linux build of the
-# cross-checks to <build-dir>x, the Wine prefix to <build-dir>-wine (or
-# $WINEPREFIX). Extra CMake settings can come through VETRA_CMAKE_ARGS.
+# cross-checks to <build-dir>x (or $VETRA_LINUX_BUILD), the Wine prefix to
+# <build-dir>-wine (or $WINEPREFIX). Extra CMake settings for the Windows
+# build can come through VETRA_CMAKE_ARGS.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=${1:-build-win}
@@ -45,10 +46,13 @@ cmake -S . -B "$dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DVETRA_WERROR
 cmake --build "$dir" -j"$jobs"
 ctest --test-dir "$dir" --output-on-failure -j"$jobs" "$@"
 
-# Cross-checks with a Linux build of the same source.
-linux=${dir}x
-cmake -S . -B "$linux" -G Ninja -DVETRA_WERROR=ON -DVETRA_BUILD_CLI=OFF \
-  -DVETRA_BUILD_EXAMPLES=OFF >/dev/null
+# Cross-checks with a Linux build of the same source: VETRA_LINUX_BUILD names one that
+# exists already (CI's), else <build-dir>x is made.
+linux=${VETRA_LINUX_BUILD:-${dir}x}
+if [[ ! -f $linux/CMakeCache.txt ]]; then
+  cmake -S . -B "$linux" -G Ninja -DVETRA_WERROR=ON -DVETRA_BUILD_CLI=OFF \
+    -DVETRA_BUILD_EXAMPLES=OFF >/dev/null
+fi
 cmake --build "$linux" -j"$jobs" --target vetra_cross_check
 lin=$linux/tests/cross/vetra_cross_check
 win() { wine "$dir/tests/cross/vetra_cross_check.exe" "$@" | tr -d '\r'; }
