@@ -2,7 +2,8 @@
 # Benchmarks vetra against pugixml, rapidxml, TinyXML-2 and libxml2: installs what
 # is missing (Debian packages), builds a Release tree, generates the corpus, runs
 # every (library, work, corpus) in a process of its own, prints the table and
-# writes bench/results/{results.csv,chart.png,machine.txt,edit_bench.txt,codec_bench.txt,table.txt}.
+# writes bench/results/{results.csv,chart.png,machine.txt,edit_bench.txt,codec_bench.txt,
+# ops_bench.txt,table.txt}.
 # Usage: bench/run.sh [--quick] [--runs N] [--rounds N] [--size SIZE] [--build DIR]
 # Every process runs N times in turn (--rounds, default 3), so that a disturbed
 # spell of the machine falls on all libraries alike; each row is the median of
@@ -62,7 +63,7 @@ echo "== building in $build"
 cmake -S . -B "$build" -G Ninja -DVETRA_BUILD_BENCH=ON -DVETRA_BUILD_TESTS=OFF \
   -DVETRA_BUILD_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=Release -DVETRA_LTO=ON \
   "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG" >/dev/null
-cmake --build "$build" -j"${VETRA_BENCH_JOBS:-2}" --target xml_bench edit_bench codec_bench
+cmake --build "$build" -j"${VETRA_BENCH_JOBS:-2}" --target xml_bench edit_bench codec_bench ops_bench
 bin=$build/bench
 "$bin/xml_bench" --check
 python3 bench/test_tools.py 2>&1 | tail -1
@@ -121,6 +122,13 @@ min_time=0.5; [ $quick = 1 ] && min_time=0.02
 
 echo "== codec_bench"
 "${pin[@]}" "$bin/codec_bench" --benchmark_min_time=$min_time | tee "$results/codec_bench.txt"
+
+echo "== ops_bench"
+# The median of 5 repetitions: single reads take nanoseconds, and one slow
+# spell would move a lone figure.
+"${pin[@]}" "$bin/ops_bench/ops_bench" --benchmark_min_time=$min_time --benchmark_repetitions=5 \
+  --benchmark_report_aggregates_only=true | grep -v -e '_mean' -e '_stddev' -e '_cv' \
+  | tee "$results/ops_bench.txt"
 
 echo "load:     $(cut -d' ' -f1-3 /proc/loadavg) at the end" | tee -a "$results/machine.txt"
 echo "== results"
