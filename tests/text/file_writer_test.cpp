@@ -36,17 +36,8 @@ TEST(FileWriter, EncodingBytesAndLog) {
     } cases[] = {
         {u"", 0, "", u"<write encoding=\"\" length=\"0\"/>"},
         {u"", 0x4, "\xEF\xBB\xBF", u"<bom/><write encoding=\"UTF-8\" length=\"0\"/>"},
-        {u"<a>\u00E9</a>", 0x4, "\xEF\xBB\xBF<a>\xC3\xA9</a>",
-         u"<bom/><converted_from encoding=\"UTF-16\" length=\"8\"/>"
-         u"<write encoding=\"UTF-8\" length=\"9\"/>"},
-        {u"<a/>", 0x1, "\xFF\xFE" + Bytes(u"<a/>"),
-         u"<bom/><write encoding=\"UTF-16LE\" length=\"4\"/>"},
         {u"<a/>", 0x80, "\xFE\xFF"s + "\0<\0a\0/\0>"s,
          u"<bom/><endian_swap/><write encoding=\"UTF-16BE\" length=\"4\"/>"},
-        {decl1252 + u"<a>\u00E9</a>", 0,
-         "<?xml version=\"1.0\" encoding=\"windows-1252\"?><a>\xE9</a>",
-         u"<converted_from encoding=\"UTF-16\" length=\"53\"/>"
-         u"<write encoding=\"windows-1252\" length=\"53\"/>"},
         // A loss is logged and the save goes on.
         {decl1252 + u"<a>\u4E00</a>", 0,
          "<?xml version=\"1.0\" encoding=\"windows-1252\"?><a>?</a>",
@@ -112,9 +103,6 @@ TEST(FileWriter, PiecesEncodeAsTheWhole) {
 
 // Failures from each step: the old file keeps its bytes and no temporary file is left.
 FileError g_error = 0;
-FileError FailBegin(const char*, FileReplacement&) {
-    return g_error;
-}
 FileError FailWrite(FileHandle, const void*, size_t) {
     return g_error;
 }
@@ -135,7 +123,6 @@ TEST(FileWriter, FailuresKeepTheOldFile) {
     } cases[] = {
         {"", "none/doc.xml", 0, 0, u"<file_error msg=\"No such file or directory\" n=\"2\"/>"},
         {"", "", 0, 0, u"<file_error msg=\"Is a directory\" n=\"21\"/>"},
-        {"begin", "doc.xml", 0, EACCES, u"<file_error msg=\"Permission denied\" n=\"13\"/>"},
         {"write", "doc.xml", 0x4, ENOSPC,
          u"<file_error msg=\"No space left on device\" n=\"28\"/>"},
         {"write", "doc.xml", 0, ENOSPC,
@@ -156,7 +143,6 @@ TEST(FileWriter, FailuresKeepTheOldFile) {
         folder.Write("doc.xml", "old");
         g_error = c.error;
         const std::string step = c.step;
-        if (step == "begin") ops.beginReplacement = FailBegin;
         if (step == "write") ops.write = FailWrite;
         if (step == "commit") ops.commitReplacement = FailCommit;
         const std::u16string text =

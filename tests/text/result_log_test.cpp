@@ -1,5 +1,6 @@
-// Tests of the result log: the entries a parse writes, and LogResult's attribute naming,
-// updates and limit.
+// Tests of the result log: the entries a parse writes, and LogResult's updates and limit.
+// The attributes of every other entry are checked as text where the reader and the writer
+// write them.
 #include <gtest/gtest.h>
 
 #include "support/doc_script.h"
@@ -33,28 +34,6 @@ TEST(ResultLog, EntriesOfAParse) {
         CVTXmlParser doc;
         doc.SetDoc(c.text);
         EXPECT_EQ(Show(S(doc.GetResultLog())), Show(c.log)) << Show(c.text);
-    }
-}
-
-TEST(ResultLog, AttributeNamingAndOrder) {
-    const struct {
-        const char16_t* text;
-        uint32_t flags;
-        int32_t value, value2;
-        const char16_t* entry;
-    } cases[] = {
-        {nullptr, 0, -1, -1, u"<k/>"},
-        {u"t", 0, 5, 6, u"<k tagname=\"t\" offset=\"5\" offset2=\"6\"/>"},
-        {u"t", LogType, 5, -1, u"<k type=\"t\" offset=\"5\"/>"},
-        {u"", LogEncoding | LogLength, 0, -1, u"<k encoding=\"\" length=\"0\"/>"},
-        {u"say \"<&>\"", LogNumber | LogMessage, -1, -1,
-         u"<k msg=\"say &quot;&lt;&amp;&gt;&quot;\" n=\"-1\"/>"},
-        {nullptr, LogCount, 3, -1, u"<k count=\"3\"/>"},
-    };
-    for (const auto& c : cases) {
-        WideString log;
-        LogResult(log, u"k", c.text, c.flags, c.value, c.value2);
-        EXPECT_EQ(Show(log), Show(c.entry));
     }
 }
 

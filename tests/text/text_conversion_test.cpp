@@ -67,20 +67,16 @@ TEST(ConvertText, Ways) {
         std::string result;
         uint32_t lossy = 0;
     } cases[] = {
-        // An empty source gives 0 on every way.
+        // An empty source gives 0, whatever the way.
         {U32, "", U8, ""},
-        {U16, "", U32, ""},
-        {U16, "", U8, ""},
-        {U8, "", U32, ""},
         // Pairs that no way joins.
         {U16, Units16(u"ab"), U16, ""},
         {U32, Units32({0x41}), u"windows-1252", ""},
-        {u"utf-32", Units32({0x41}), U16, ""}, // the platform's UTF-32 is refused
+        {u"windows-1252", "A", U32, ""},
         // UTF-32 made by hand; values are not checked.
         {U32, Units32({0x41, 0xE9, 0x4E2D, 0x1F600}), U8, "A\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
         {U32, Units32({0xD800, 0x7FFFFFFF}), U8, "\xED\xA0\x80\xF7\xBF\xBF\xBF"},
         {U32, Units32({0x1F600, 0x41}), U16, Units16(u"\U0001F600A")},
-        {u"UTF-32BE", Units32({0x4E2D}), U16, Units16(u"\u4E2D")}, // the machine's order
         {U16, Units16(u"\xD83D"), U32, Units32({63})},
         {U16, Units16(u"\xD83D\xDE00"), U32, Units32({0x1F600})},
         {U16, Units16(u"\xDE00\xD83D"), U32, Units32({0x9003D})},
@@ -178,8 +174,6 @@ TEST(MeasureBrokenTail, ByteWiseReadings) {
         {u"UTF-16", Units16(u"a\xDE00"), 2},
         {u"UTF-16", Units16(u"ab"), 0},
         {u"windows-1252", "AB\xE4", 0},
-        {u"no-such-page", "AB\xE4", 0},
-        {u"UTF-32", Units32({0x41}), 0},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Tail(c.from, c.source), c.tail) << Show(c.from) << " " << c.source.size();
