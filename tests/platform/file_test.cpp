@@ -93,6 +93,12 @@ TEST(File, DevicesAreWrittenInPlace) {
     EXPECT_EQ(Ops().write(r.file, "x", 1), 0);
     EXPECT_EQ(Ops().commitReplacement(r), 0);
     EXPECT_TRUE(S_ISCHR(Mode("/dev/null")));
+    // A write the system refuses is reported, never taken for done.
+    if (access("/dev/full", W_OK) == 0) {
+        ASSERT_EQ(Ops().beginReplacement("/dev/full", r), 0);
+        EXPECT_EQ(Ops().write(r.file, "x", 1), ENOSPC);
+        Ops().abandonReplacement(r);
+    }
 }
 
 } // namespace

@@ -113,7 +113,6 @@ TEST(TextCodec, ConversionsInCodePages) {
         {65001, kToWide, "A\xC0\xAF\xE4\xB8", {u'A', R, R, R}},
         {1252, kToWide, "A\x81\x8D", {u'A', R, R}},
         {932, kToWide, "A\x82", {u'A', R}},
-        {936, kToWide, "\xD6", {R}},
         {54936, kToWide, "A\x94\x39\xFC", {u'A', R}},
         {20127, kToWide, "A\xC3\xA9", {u'A', R, R}},
         {50220, kToWide, "\x1B$B4", {R}},
@@ -201,9 +200,7 @@ TEST(CodePages, CodesetNames) {
         const char* codeset;
         uint32_t codePage;
     } cases[] = {
-        {"UTF-8", 65001},    {"utf8", 65001}, {"ANSI_X3.4-1968", 20127},
-        {"iso88591", 28591}, {"SJIS", 932},   {"BIG5-HKSCS", 950},
-        {"EUC-TW", 0},       {"UTF-16", 0},   {"", 0},
+        {"utf8", 65001}, {"ANSI_X3.4-1968", 20127}, {"BIG5-HKSCS", 950}, {"EUC-TW", 0}, {"", 0},
         {nullptr, 0},
     };
     for (const auto& c : cases) {
