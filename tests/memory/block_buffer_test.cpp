@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,28 +16,39 @@ namespace {
 using vetra::memory::test::Failure;
 using vetra::memory::test::FakeHeap;
 
-enum class Op { get, counts, reset, releaseUnused, releaseAll, limit, fail, raise };
+// One step of a script, run on the buffer and the fake heap behind it.
+using Step = std::function<void(CVTBlockBuffer&, FakeHeap&)>;
 
-// get: the piece of size `a` lies at offset `c` of the `b`-th block ever
-// allocated, or is null when `b` is -1. counts: `a` blocks, `b` of them used.
-// limit: the block limit becomes `a`. fail, raise: the next block request
-// gives null, or throws.
-struct Step {
-    Op op;
-    unsigned int a = 0;
-    int b = 0;
-    unsigned int c = 0;
-};
-
+// The piece of `size` lies at `offset` in the `block`-th block ever allocated; -1: null.
 Step Get(unsigned int size, int block, unsigned int offset) {
-    return {Op::get, size, block, offset};
+    return [=](CVTBlockBuffer& buffer, FakeHeap& heap) {
+        char* piece = static_cast<char*>(buffer.GetBuffer(size));
+        if (block < 0) {
+            EXPECT_EQ(piece, nullptr);
+        } else if (size_t(block) >= heap.blocks.size()) {
+            ADD_FAILURE() << "no block " << block;
+        } else {
+            EXPECT_EQ(piece, static_cast<char*>(heap.blocks[size_t(block)]) + offset);
+        }
+    };
 }
 Step Null(unsigned int size) {
-    return {Op::get, size, -1};
+    return Get(size, -1, 0);
 }
-Step Counts(unsigned int total, int used) {
-    return {Op::counts, total, used};
+Step Counts(unsigned int total, unsigned int used) {
+    return [=](CVTBlockBuffer& buffer, FakeHeap&) {
+        EXPECT_EQ(buffer.GetTotalBlockCount(), total);
+        EXPECT_EQ(buffer.GetUsedBlockCount(), used);
+    };
 }
+Step Limit(unsigned int maxBlocks) {
+    return [=](CVTBlockBuffer& b, FakeHeap&) { b.SetBlockSize(b.GetBlockSize(), maxBlocks); };
+}
+const Step Reset = [](CVTBlockBuffer& b, FakeHeap&) { b.Reset(); };
+const Step ReleaseUnused = [](CVTBlockBuffer& b, FakeHeap&) { b.ReleaseUnusedBlocks(); };
+const Step ReleaseAll = [](CVTBlockBuffer& b, FakeHeap&) { b.ReleaseAll(); };
+const Step FailNext = [](CVTBlockBuffer&, FakeHeap& heap) { heap.nextBlock = Failure::null; };
+const Step ThrowNext = [](CVTBlockBuffer&, FakeHeap& h) { h.nextBlock = Failure::exception; };
 
 struct Script {
     const char* name;
@@ -55,20 +67,19 @@ const Script kScripts[] = {
      {Get(1000, 0, 16), Get(1000, 1, 16), Get(1000, 0, 16), Counts(2, 1), Get(1000, 1, 16)}},
     {"limit 1", 1024, 1, {Get(600, 0, 16), Get(300, 0, 616), Get(200, 0, 16), Get(808, 0, 216)}},
     {"limit lowered", 1024, 0,
-     {Get(1000, 0, 16), Get(1000, 1, 16), Get(1000, 2, 16), {Op::limit, 2}, Get(8, 2, 1016),
+     {Get(1000, 0, 16), Get(1000, 1, 16), Get(1000, 2, 16), Limit(2), Get(8, 2, 1016),
       Get(1, 0, 16), Counts(3, 1)}},
     {"reset and release unused", 1024, 0,
-     {{Op::releaseUnused}, Counts(0, 0), Get(1000, 0, 16), Get(1000, 1, 16), Get(1000, 2, 16),
-      {Op::reset}, Counts(3, 0), Get(10, 0, 16), Get(1000, 1, 16), Counts(3, 2), {Op::reset},
-      {Op::releaseUnused}, Counts(1, 0), Get(1000, 0, 16), Get(1000, 3, 16)}},
+     {ReleaseUnused, Counts(0, 0), Get(1000, 0, 16), Get(1000, 1, 16), Get(1000, 2, 16),
+      Reset, Counts(3, 0), Get(10, 0, 16), Get(1000, 1, 16), Counts(3, 2), Reset,
+      ReleaseUnused, Counts(1, 0), Get(1000, 0, 16), Get(1000, 3, 16)}},
     {"release all", 1024, 0,
-     {{Op::releaseAll}, Get(1000, 0, 16), {Op::releaseAll}, Counts(0, 0), {Op::releaseUnused},
-      Get(10, 1, 16)}},
+     {ReleaseAll, Get(1000, 0, 16), ReleaseAll, Counts(0, 0), ReleaseUnused, Get(10, 1, 16)}},
     {"failed block", 1024, 0,
-     {{Op::fail}, Null(100), Counts(0, 0), Get(100, 0, 16), {Op::raise}, Null(1000),
-      {Op::releaseUnused}, Counts(1, 1), Get(8, 1, 16)}},
+     {FailNext, Null(100), Counts(0, 0), Get(100, 0, 16), ThrowNext, Null(1000), ReleaseUnused,
+      Counts(1, 1), Get(8, 1, 16)}},
     {"limit before allocating", 1024, 2,
-     {Get(1000, 0, 16), Get(1000, 1, 16), {Op::fail}, Get(1000, 0, 16)}},
+     {Get(1000, 0, 16), Get(1000, 1, 16), FailNext, Get(1000, 0, 16)}},
 };
 // clang-format on
 
@@ -78,43 +89,8 @@ TEST(BlockBuffer, Scripts) {
         CVTBlockBuffer buffer(script.blockSize);
         buffer.SetBlockSize(script.blockSize, script.maxBlocks);
         for (size_t i = 0; i < script.steps.size(); ++i) {
-            const Step& step = script.steps[i];
             SCOPED_TRACE(std::string(script.name) + ", step " + std::to_string(i));
-            char* piece = nullptr;
-            switch (step.op) {
-            case Op::get:
-                piece = static_cast<char*>(buffer.GetBuffer(step.a));
-                if (step.b < 0) {
-                    EXPECT_EQ(piece, nullptr);
-                } else if (size_t(step.b) >= heap.blocks.size()) {
-                    ADD_FAILURE() << "no block " << step.b;
-                } else {
-                    EXPECT_EQ(piece, static_cast<char*>(heap.blocks[step.b]) + step.c);
-                }
-                break;
-            case Op::counts:
-                EXPECT_EQ(buffer.GetTotalBlockCount(), step.a);
-                EXPECT_EQ(buffer.GetUsedBlockCount(), unsigned(step.b));
-                break;
-            case Op::reset:
-                buffer.Reset();
-                break;
-            case Op::releaseUnused:
-                buffer.ReleaseUnusedBlocks();
-                break;
-            case Op::releaseAll:
-                buffer.ReleaseAll();
-                break;
-            case Op::limit:
-                buffer.SetBlockSize(script.blockSize, step.a);
-                break;
-            case Op::fail:
-                heap.nextBlock = Failure::null;
-                break;
-            case Op::raise:
-                heap.nextBlock = Failure::exception;
-                break;
-            }
+            script.steps[i](buffer, heap);
         }
     }
 }

@@ -41,50 +41,42 @@ void* RecordRealloc(void* s, void*, size_t size) {
     return r.piece;
 }
 
-enum class Call { alloc, alloc0, free, realloc };
-
-const struct {
-    Call call;
-    bool withPointer;
-    size_t size;
-    const char* reached;
-} kDispatch[] = {
-    {Call::alloc, false, 0, ""},      {Call::alloc, false, 24, "alloc"},
-    {Call::alloc0, false, 0, ""},     {Call::alloc0, false, 24, "alloc"},
-    {Call::free, false, 0, ""},       {Call::free, true, 0, "free"},
-    {Call::realloc, false, 0, ""},    {Call::realloc, false, 24, "alloc"},
-    {Call::realloc, true, 0, "free"}, {Call::realloc, true, 24, "realloc"},
+using Call = void* (*)(_vtmem_allocator_t*, void*, size_t);
+const Call kAlloc = [](_vtmem_allocator_t* a, void*, size_t n) { return vtmem_alloc(a, n); };
+const Call kAlloc0 = [](_vtmem_allocator_t* a, void*, size_t n) { return vtmem_alloc0(a, n); };
+const Call kFree = [](_vtmem_allocator_t* a, void* p, size_t) -> void* {
+    return vtmem_free(a, p), nullptr;
+};
+const Call kRealloc = [](_vtmem_allocator_t* a, void* p, size_t n) {
+    return vtmem_realloc(a, p, n);
 };
 
 TEST(Vtmem, ForwardsThroughTheTable) {
-    for (const auto& row : kDispatch) {
-        SCOPED_TRACE(std::to_string(int(row.call)) + " " + std::to_string(row.size));
+    const struct {
+        Call call;
+        bool withPointer;
+        size_t size;
+        const char* reached;
+    } cases[] = {
+        {kAlloc, false, 0, ""},      {kAlloc, false, 24, "alloc"},
+        {kAlloc0, false, 0, ""},     {kAlloc0, false, 24, "alloc"},
+        {kFree, false, 0, ""},       {kFree, true, 0, "free"},
+        {kRealloc, false, 0, ""},    {kRealloc, false, 24, "alloc"},
+        {kRealloc, true, 0, "free"}, {kRealloc, true, 24, "realloc"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(std::to_string(&row - cases));
         Recorder rec;
         std::memset(rec.piece, 0xAA, sizeof rec.piece);
         _vtmem_allocator_t a = {RecordAlloc, RecordFree, RecordRealloc, nullptr,  nullptr,
                                 nullptr,     nullptr,    &rec,          &rec.size};
         char mine = 0;
-        void* p = row.withPointer ? &mine : nullptr;
-        void* got = nullptr;
-        switch (row.call) {
-        case Call::alloc:
-            got = vtmem_alloc(&a, row.size);
-            break;
-        case Call::alloc0:
-            got = vtmem_alloc0(&a, row.size);
-            break;
-        case Call::free:
-            vtmem_free(&a, p);
-            break;
-        case Call::realloc:
-            got = vtmem_realloc(&a, p, row.size);
-            break;
-        }
+        void* got = row.call(&a, row.withPointer ? &mine : nullptr, row.size);
         EXPECT_EQ(rec.calls, row.reached);
         EXPECT_EQ(got != nullptr, rec.calls == "alloc" || rec.calls == "realloc");
         EXPECT_EQ(rec.size, got != nullptr ? row.size : 0);
         EXPECT_EQ(rec.lock, rec.calls == "alloc" ? a.lock : nullptr);
-        if (row.call == Call::alloc0 && got != nullptr) {
+        if (row.call == kAlloc0 && got != nullptr) {
             // A foreign allocator's piece is cleared over the full size asked.
             EXPECT_EQ(rec.piece[row.size - 1], 0);
             EXPECT_EQ(rec.piece[row.size], char(0xAA));
