@@ -80,13 +80,14 @@ TEST(CpuUsage, FiguresUnderLoadAndAfterARestart) {
     const Clock::time_point started = Clock::now();
     // Every core busy: a child process on one, threads of ours on the others.
     const int cores = std::max(2, static_cast<int>(std::thread::hardware_concurrency()));
-    ChildProcess child(Load::spinning);
+    ChildProcess child;
     TaskThreads spinners(Load::spinning, cores - 1);
     const uint32_t spinner = spinners.tids()[0];
     ASSERT_EQ(cpu->AddProcess(child.pid()), 1);
     for (uint32_t tid : spinners.tids())
         ASSERT_EQ(cpu->AddThread(tid, 1), 1);
     ASSERT_EQ(cpu->AddThread(ThisThreadId(), 2), 1);
+    ASSERT_EQ(cpu->AddThread(child.pid(), 3), 1); // another process's (only) thread
 
     // Passes come at about 0.5 s (the baselines), 1 s and 1.5 s: the figures
     // read at 1.6 s cover 0.5 s to 1.5 s, and so do the test's own counts.
@@ -103,6 +104,7 @@ TEST(CpuUsage, FiguresUnderLoadAndAfterARestart) {
     const int process = cpu->GetProcessCpuUsage(child.pid());
     EXPECT_NEAR(process, childExpected, 4 + childExpected / 5);
     EXPECT_GE(process, 5);
+    EXPECT_NEAR(cpu->GetThreadCpuUsage(child.pid()), childExpected, 4 + childExpected / 5);
     const int thread = cpu->GetThreadCpuUsage(spinner);
     EXPECT_NEAR(thread, spinnerExpected, 4 + spinnerExpected / 5);
     EXPECT_GE(thread, 5);

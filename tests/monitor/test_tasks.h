@@ -1,6 +1,6 @@
-// test_tasks.h - processes and threads for the monitor's tests to watch: a
-// child that spins (`sh`) or idles (`sleep`), spawned so that no threaded test
-// forks, and threads of ours that spin or idle until the object goes.
+// test_tasks.h - processes and threads for the monitor's tests to watch: a child that spins
+// (`sh`), spawned so that no threaded test forks, and threads of ours that spin or idle until
+// the object goes.
 #ifndef VETRA_TESTS_MONITOR_TEST_TASKS_H
 #define VETRA_TESTS_MONITOR_TEST_TASKS_H
 
@@ -24,11 +24,9 @@ enum class Load { spinning, idle };
 
 class ChildProcess {
   public:
-    explicit ChildProcess(Load load) {
+    ChildProcess() {
         const char* spin[] = {"sh", "-c", "while :; do :; done", nullptr};
-        const char* idle[] = {"sleep", "600", nullptr};
-        char* const* args = const_cast<char* const*>(load == Load::spinning ? spin : idle);
-        posix_spawnp(&pid_, args[0], nullptr, nullptr, args, environ);
+        posix_spawnp(&pid_, spin[0], nullptr, nullptr, const_cast<char* const*>(spin), environ);
     }
     ~ChildProcess() { Reap(); }
     uint32_t pid() const { return static_cast<uint32_t>(pid_); }
