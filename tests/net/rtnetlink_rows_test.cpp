@@ -1,7 +1,6 @@
-// Tests of the rtnetlink parsers on hand-built messages: what a live system
-// rarely sends (interrupted dumps, errors, cut messages, several next hops,
-// other tables, rare link states). The common rows are checked end to end in
-// system_tables_test.cpp.
+// Tests of the rtnetlink parsers on hand-built messages: what a live system rarely sends
+// (interrupted dumps, errors, cut messages, several next hops, other tables, rare link
+// states). The common rows are checked end to end in system_tables_test.cpp.
 #include "platform/posix/rtnetlink_rows.h"
 
 #include <arpa/inet.h>
@@ -14,6 +13,8 @@
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
 #include <memory>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -36,6 +37,7 @@ class Message {
         return Append(data, size);
     }
     Message& U32(uint16_t type, uint32_t value) { return Attr(type, &value, sizeof value); }
+    Message& U8(uint16_t type, uint8_t value) { return Attr(type, &value, 1); }
     Message& Flags(uint16_t flags) { return Header().nlmsg_flags = flags, *this; }
     Message& Claim(int extra) { return Header().nlmsg_len += extra, *this; }
     const nlmsghdr& operator*() const { return *reinterpret_cast<const nlmsghdr*>(words_.data()); }
@@ -53,15 +55,39 @@ class Message {
     std::vector<uint32_t> words_;
 };
 
-Parse ParseAny(const nlmsghdr& msg, std::vector<NetRouteRow>* routes, NetInterfaceRow* link) {
-    NetAddressRow address;
-    return msg.nlmsg_type == RTM_NEWADDR    ? ParseAddress(msg, &address)
-           : msg.nlmsg_type == RTM_NEWROUTE ? ParseRoute(msg, routes)
-                                            : ParseLink(msg, link);
-}
-
 uint32_t Ip(const char* text) {
     return inet_addr(text);
+}
+std::string Dotted(uint32_t addr) {
+    char text[INET_ADDRSTRLEN];
+    const in_addr a{addr};
+    return inet_ntop(AF_INET, &a, text, sizeof text);
+}
+
+// What the parser of its type makes of a message: "skip", "bad", or the fields the rules
+// set (a route per next hop; counters and hardware address where the link has them).
+std::string Parsed(const nlmsghdr& msg) {
+    NetAddressRow a{};
+    std::vector<NetRouteRow> routes;
+    NetInterfaceRow l{};
+    const Parse result = msg.nlmsg_type == RTM_NEWADDR    ? ParseAddress(msg, &a)
+                         : msg.nlmsg_type == RTM_NEWROUTE ? ParseRoute(msg, &routes)
+                                                          : ParseLink(msg, &l);
+    std::ostringstream out;
+    if (result != Parse::kRow) out << (result == Parse::kSkip ? "skip" : "bad");
+    if (result == Parse::kRow && msg.nlmsg_type == RTM_NEWADDR)
+        out << Dotted(a.addr) << " type " << a.type;
+    for (const NetRouteRow& r : routes)
+        out << "via " << Dotted(r.nextHop) << " if " << r.ifIndex << " type " << r.type << " proto "
+            << r.proto << "; ";
+    if (result == Parse::kRow && msg.nlmsg_type == RTM_NEWLINK) {
+        out << "type " << l.type << " admin " << l.adminStatus << " oper " << l.operStatus;
+        if (l.inUcastPkts + l.inNUcastPkts + l.outUcastPkts != 0)
+            out << " in " << l.inUcastPkts << "+" << l.inNUcastPkts << " out " << l.outUcastPkts;
+        for (uint32_t i = 0; i < l.physAddrLen; ++i)
+            out << (i == 0 ? " hw " : ":") << int(l.physAddr[i]);
+    }
+    return out.str();
 }
 ifaddrmsg Addr(uint8_t prefix, uint8_t flags, uint8_t family = AF_INET) {
     return {family, prefix, flags, 0, 3};
@@ -110,33 +136,6 @@ TEST(RtnetlinkWalk, EndsAndFailures) {
               DumpState::kFailed);
 }
 
-TEST(RtnetlinkParsers, SkippedAndMalformed) {
-    const uint16_t two = 2;
-    const rtnexthop overlong{sizeof(rtnexthop) + 8, 0, 0, 2};
-    rtmsg cloned = Route(RTPROT_BOOT), wide = Route(RTPROT_BOOT);
-    cloned.rtm_flags = RTM_F_CLONED;
-    wide.rtm_dst_len = 33;
-    const std::pair<Message, Parse> cases[] = {
-        {Message(RTM_NEWADDR, Addr(64, 0, AF_INET6)), Parse::kSkip},
-        {Message(RTM_NEWADDR, Addr(24, 0)), Parse::kSkip}, // no address at all
-        {Message(RTM_NEWADDR, Addr(33, 0)).U32(IFA_ADDRESS, 1), Parse::kBad},
-        {Message(RTM_NEWADDR, Addr(24, 0)).Attr(IFA_ADDRESS, &two, 2), Parse::kBad},
-        {Message(RTM_NEWROUTE, Route(RTPROT_BOOT, RTN_LOCAL, RT_TABLE_LOCAL)), Parse::kSkip},
-        {Message(RTM_NEWROUTE, Route(RTPROT_BOOT)).U32(RTA_TABLE, 100), Parse::kSkip},
-        {Message(RTM_NEWROUTE, cloned), Parse::kSkip},
-        {Message(RTM_NEWROUTE, wide), Parse::kBad},
-        {Message(RTM_NEWROUTE, Route(RTPROT_BOOT)).Attr(RTA_MULTIPATH, &overlong, sizeof overlong),
-         Parse::kBad},
-        {Message(RTM_NEWLINK, Link(ARPHRD_ETHER, 0)).Attr(IFLA_OPERSTATE, nullptr, 0), Parse::kBad},
-    };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        std::vector<NetRouteRow> routes;
-        NetInterfaceRow link;
-        EXPECT_EQ(ParseAny(*cases[i].first, &routes, &link), cases[i].second) << i;
-        EXPECT_TRUE(routes.empty()) << i;
-    }
-}
-
 // Every message cut short at every length, in a buffer of exactly that size:
 // the parsers must stay inside it (the address sanitizer watches).
 TEST(RtnetlinkParsers, CutMessagesStayInside) {
@@ -158,32 +157,19 @@ TEST(RtnetlinkParsers, CutMessagesStayInside) {
                       DumpState::kFailed);
             auto& msg = *reinterpret_cast<nlmsghdr*>(bytes.get());
             msg.nlmsg_len = static_cast<uint32_t>(cut);
-            std::vector<NetRouteRow> routes;
-            NetInterfaceRow link;
-            ParseAny(msg, &routes, &link);
-            EXPECT_LE(routes.size(), 1u) << cut;
+            Parsed(msg);
         }
     }
 }
 
-TEST(RtnetlinkAddress, FlagsAndLocalAddress) {
-    const uint32_t a = Ip("192.0.2.5");
-    const std::pair<Message, uint16_t> cases[] = {
-        {Message(RTM_NEWADDR, Addr(24, IFA_F_SECONDARY)).U32(IFA_ADDRESS, a), 4},
-        {Message(RTM_NEWADDR, Addr(24, 0)).U32(IFA_ADDRESS, a).U32(IFA_FLAGS, IFA_F_PERMANENT), 1},
-        // Point to point: IFA_ADDRESS is the peer.
-        {Message(RTM_NEWADDR, Addr(32, 0)).U32(IFA_ADDRESS, 9).U32(IFA_LOCAL, a), 5},
-    };
-    for (const auto& [message, type] : cases) {
-        NetAddressRow row;
-        ASSERT_EQ(ParseAddress(*message, &row), Parse::kRow);
-        EXPECT_EQ(row.addr, a);
-        EXPECT_EQ(row.type, type);
-    }
-}
-
-TEST(RtnetlinkRoute, TypesProtocolsAndPaths) {
-    const uint32_t gw = Ip("192.0.2.1");
+TEST(RtnetlinkParsers, WhatEachMessageGives) {
+    const unsigned upRunning = IFF_UP | IFF_RUNNING;
+    const uint32_t gw = Ip("192.0.2.1"), a = Ip("192.0.2.5");
+    const uint16_t two = 2;
+    const rtnexthop overlong{sizeof(rtnexthop) + 8, 0, 0, 2};
+    rtmsg cloned = Route(RTPROT_BOOT), wide = Route(RTPROT_BOOT);
+    cloned.rtm_flags = RTM_F_CLONED;
+    wide.rtm_dst_len = 33;
     const struct __attribute__((packed)) {
         uint16_t family;
         uint32_t addr;
@@ -194,95 +180,68 @@ TEST(RtnetlinkRoute, TypesProtocolsAndPaths) {
                               gw,
                               sizeof(rtnexthop),
                               3};
-    struct Row {
-        uint32_t nextHop, ifIndex, type, proto;
-    };
-    const std::pair<Message, std::vector<Row>> cases[] = {
+    rtnl_link_stats64 stats64{};
+    stats64.rx_packets = 10;
+    stats64.multicast = 3;
+    stats64.tx_packets = 4;
+    rtnl_link_stats stats{};
+    stats.rx_packets = 99;
+    const uint8_t hw[20] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    const Message ib(RTM_NEWLINK, Link(ARPHRD_INFINIBAND, 0));
+    const std::pair<Message, const char*> cases[] = {
+        {Message(RTM_NEWADDR, Addr(64, 0, AF_INET6)), "skip"},
+        {Message(RTM_NEWADDR, Addr(24, 0)), "skip"}, // no address at all
+        {Message(RTM_NEWADDR, Addr(33, 0)).U32(IFA_ADDRESS, 1), "bad"},
+        {Message(RTM_NEWADDR, Addr(24, 0)).Attr(IFA_ADDRESS, &two, 2), "bad"},
+        {Message(RTM_NEWADDR, Addr(24, IFA_F_SECONDARY)).U32(IFA_ADDRESS, a), "192.0.2.5 type 4"},
+        // Point to point: IFA_ADDRESS is the peer.
+        {Message(RTM_NEWADDR, Addr(32, 0)).U32(IFA_ADDRESS, 9).U32(IFA_LOCAL, a),
+         "192.0.2.5 type 5"},
+        // Routes: the main table's only, one row per next hop.
+        {Message(RTM_NEWROUTE, Route(RTPROT_BOOT)).U32(RTA_TABLE, 100), "skip"},
         {Message(RTM_NEWROUTE, Route(RTPROT_BOOT, RTN_UNICAST, RT_TABLE_COMPAT))
              .U32(RTA_TABLE, RT_TABLE_MAIN)
              .U32(RTA_OIF, 2),
-         {{0, 2, 3, 3}}},
-        {Message(RTM_NEWROUTE, Route(RTPROT_DHCP, RTN_BLACKHOLE)), {{0, 0, 2, 3}}},
+         "via 0.0.0.0 if 2 type 3 proto 3; "},
+        {Message(RTM_NEWROUTE, cloned), "skip"},
+        {Message(RTM_NEWROUTE, wide), "bad"},
+        {Message(RTM_NEWROUTE, Route(RTPROT_BOOT)).Attr(RTA_MULTIPATH, &overlong, sizeof overlong),
+         "bad"},
+        {Message(RTM_NEWROUTE, Route(RTPROT_DHCP, RTN_BLACKHOLE)),
+         "via 0.0.0.0 if 0 type 2 proto 3; "},
         {Message(RTM_NEWROUTE, Route(RTPROT_REDIRECT)).Attr(RTA_VIA, &via, sizeof via),
-         {{gw, 0, 4, 4}}},
-        {Message(RTM_NEWROUTE, Route(186 /*BGP*/)), {{0, 0, 3, 14}}},
-        {Message(RTM_NEWROUTE, Route(11 /*zebra*/)), {{0, 0, 3, 1}}},
+         "via 192.0.2.1 if 0 type 4 proto 4; "},
         {Message(RTM_NEWROUTE, Route(RTPROT_STATIC)).Attr(RTA_MULTIPATH, paths, sizeof paths),
-         {{gw, 2, 4, 3}, {0, 3, 3, 3}}},
-    };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        std::vector<NetRouteRow> rows;
-        ASSERT_EQ(ParseRoute(*cases[i].first, &rows), Parse::kRow) << i;
-        ASSERT_EQ(rows.size(), cases[i].second.size()) << i;
-        for (size_t k = 0; k < rows.size(); ++k) {
-            const Row& e = cases[i].second[k];
-            EXPECT_EQ(rows[k].nextHop, e.nextHop) << i;
-            EXPECT_EQ(rows[k].ifIndex, e.ifIndex) << i;
-            EXPECT_EQ(rows[k].type, e.type) << i;
-            EXPECT_EQ(rows[k].proto, e.proto) << i;
-        }
-    }
-}
-
-TEST(RtnetlinkLink, TypesAndStatus) {
-    const unsigned upRunning = IFF_UP | IFF_RUNNING;
-    struct Case {
-        unsigned short arphrd;
-        unsigned flags;
-        int operState; // -1: none sent
-        uint32_t type, admin, oper;
-    };
-    const Case cases[] = {
-        {ARPHRD_NONE, upRunning, -1, 131, 1, 4},
-        {ARPHRD_IPGRE, IFF_UP, IF_OPER_UNKNOWN, 131, 1, 2},
-        {ARPHRD_PPP, upRunning, IF_OPER_DORMANT, 23, 1, 3},
-        {ARPHRD_ETHER, 0, IF_OPER_NOTPRESENT, 6, 2, 2},
-        {ARPHRD_ETHER, upRunning, IF_OPER_TESTING, 6, 1, 0},
-        {ARPHRD_IEEE1394, upRunning, IF_OPER_UP, 1, 1, 5},
-    };
-    for (const Case& c : cases) {
-        Message m(RTM_NEWLINK, Link(c.arphrd, c.flags));
-        const uint8_t state = static_cast<uint8_t>(c.operState);
-        if (c.operState >= 0) m.Attr(IFLA_OPERSTATE, &state, 1);
-        NetInterfaceRow row;
-        ASSERT_EQ(ParseLink(*m, &row), Parse::kRow);
-        EXPECT_EQ(row.type, c.type) << c.arphrd;
-        EXPECT_EQ(row.adminStatus, c.admin) << c.arphrd;
-        EXPECT_EQ(row.operStatus, c.oper) << c.arphrd;
-    }
-}
-
-TEST(RtnetlinkLink, CountersAndHardwareAddress) {
-    rtnl_link_stats64 wide{};
-    wide.rx_packets = 10;
-    wide.multicast = 3;
-    wide.tx_packets = 4;
-    rtnl_link_stats narrow{};
-    narrow.rx_packets = 99;
-    const uint8_t hw[20] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    const Message link(RTM_NEWLINK, Link(ARPHRD_INFINIBAND, 0));
-    const struct {
-        Message message;
-        uint32_t inUcast, inNUcast, outUcast, physLen;
-    } cases[] = {
-        {Message(link)
-             .Attr(IFLA_STATS64, &wide, sizeof wide)
-             .Attr(IFLA_STATS, &narrow, sizeof narrow),
-         7, 3, 4, 0},
-        {Message(link).Attr(IFLA_STATS, &narrow, sizeof narrow).Attr(IFLA_ADDRESS, hw, 6), 99, 0, 0,
-         6},
+         "via 192.0.2.1 if 2 type 4 proto 3; via 0.0.0.0 if 3 type 3 proto 3; "},
+        // Links: the type, the administrative and operational status (without a state sent,
+        // up and running counts as connected), counters and the hardware address.
+        {Message(RTM_NEWLINK, Link(ARPHRD_ETHER, 0)).Attr(IFLA_OPERSTATE, nullptr, 0), "bad"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_NONE, upRunning)), "type 131 admin 1 oper 4"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_IPGRE, IFF_UP)).U8(IFLA_OPERSTATE, IF_OPER_UNKNOWN),
+         "type 131 admin 1 oper 2"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_PPP, upRunning)).U8(IFLA_OPERSTATE, IF_OPER_DORMANT),
+         "type 23 admin 1 oper 3"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_ETHER, 0)).U8(IFLA_OPERSTATE, IF_OPER_DOWN),
+         "type 6 admin 2 oper 2"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_ETHER, upRunning))
+             .U8(IFLA_OPERSTATE, IF_OPER_LOWERLAYERDOWN),
+         "type 6 admin 1 oper 2"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_ETHER, upRunning)).U8(IFLA_OPERSTATE, IF_OPER_TESTING),
+         "type 6 admin 1 oper 0"},
+        {Message(RTM_NEWLINK, Link(ARPHRD_IEEE1394, upRunning)).U8(IFLA_OPERSTATE, IF_OPER_UP),
+         "type 1 admin 1 oper 5"},
+        {Message(ib)
+             .Attr(IFLA_STATS64, &stats64, sizeof stats64)
+             .Attr(IFLA_STATS, &stats, sizeof stats),
+         "type 1 admin 2 oper 2 in 7+3 out 4"},
+        {Message(ib).Attr(IFLA_STATS, &stats, sizeof stats).Attr(IFLA_ADDRESS, hw, 6),
+         "type 1 admin 2 oper 2 in 99+0 out 0 hw 1:2:3:4:5:6"},
         // An older kernel's shorter block; an InfiniBand address of 20 bytes.
-        {Message(link).Attr(IFLA_STATS64, &wide, 16).Attr(IFLA_ADDRESS, hw, 20), 10, 0, 4, 8},
+        {Message(ib).Attr(IFLA_STATS64, &stats64, 16).Attr(IFLA_ADDRESS, hw, 20),
+         "type 1 admin 2 oper 2 in 10+0 out 4 hw 1:2:3:4:5:6:7:8"},
     };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        NetInterfaceRow row;
-        ASSERT_EQ(ParseLink(*cases[i].message, &row), Parse::kRow);
-        EXPECT_EQ(row.inUcastPkts, cases[i].inUcast) << i;
-        EXPECT_EQ(row.inNUcastPkts, cases[i].inNUcast) << i;
-        EXPECT_EQ(row.outUcastPkts, cases[i].outUcast) << i;
-        EXPECT_EQ(row.physAddrLen, cases[i].physLen) << i;
-        EXPECT_EQ(std::memcmp(row.physAddr, hw, cases[i].physLen), 0) << i;
-    }
+    for (size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(Parsed(*cases[i].first), cases[i].second) << i;
 }
 
 } // namespace
