@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
-#include <dirent.h>
-#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <mutex>
@@ -14,6 +13,7 @@
 
 #include "platform/posix/proc_stat.h"
 #include "test_tasks.h"
+#include "text/file_fixture.h"
 #include "vetra/cpu_usage.h"
 
 namespace {
@@ -21,13 +21,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 size_t CountEntries(const char* folder) {
-    size_t count = 0;
-    if (DIR* dir = opendir(folder)) {
-        while (readdir(dir) != nullptr)
-            ++count;
-        closedir(dir);
-    }
-    return count;
+    return size_t(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 // A task's processor time in percent of one core since it was made, from
@@ -35,12 +29,9 @@ size_t CountEntries(const char* folder) {
 struct TaskLoad {
     explicit TaskLoad(std::string statPath) : path(std::move(statPath)), start(Ticks()) {}
     uint64_t Ticks() const {
-        char line[1024];
-        const int fd = open(path.c_str(), O_RDONLY);
-        const ssize_t got = read(fd, line, sizeof line);
-        close(fd);
+        const std::string line = vetra::test::ReadWholeFile(path);
         vetra::platform::TaskTicks used{};
-        vetra::platform::ParseTaskTicks(line, got > 0 ? size_t(got) : 0, used);
+        vetra::platform::ParseTaskTicks(line.data(), line.size(), used);
         return used.user + used.kernel;
     }
     double Percent() const {
