@@ -4,5 +4,6 @@
 
 int main() {
     CVTXmlParser doc;
-    return doc.SetDoc(u"<a/>") == 1 ? 0 : 1;
+    const vtchar text[] = {'<', 'a', '/', '>', 0};
+    return doc.SetDoc(text) == 1 ? 0 : 1;
 }

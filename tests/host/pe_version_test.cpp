@@ -7,6 +7,7 @@
 
 #include "host/pe_version.h"
 #include "pe_image.h"
+#include "support/vt_text.h"
 #include "text/file_fixture.h"
 #include "vetra/host.h"
 
@@ -93,13 +94,13 @@ TEST(PeVersion, BrokenRoadsAndHostileTrees) {
 
 TEST(PeVersion, GetFileVersion) {
     const vetra::test::ScratchFolder folder;
-    const std::u16string dir(folder.Root().begin(), folder.Root().end());
-    const std::u16string path = dir + u"/lib\u00E9.dll";
+    const vtstring dir(folder.Root().begin(), folder.Root().end());
+    const vtstring path = dir + VT("/lib\u00E9.dll");
     const auto write = [&](const PeImageOptions& options) {
         const std::vector<uint8_t> bytes = MakePeImage(options).bytes;
         folder.Write("lib\xC3\xA9.dll", std::string(bytes.begin(), bytes.end()));
     };
-    uint32_t ms = 7, ls = 7;
+    vtdword ms = 7, ls = 7;
     EXPECT_EQ(VETRA_GetFileVersion(path.c_str(), &ms, &ls), 0) << "missing file";
     write({});
     EXPECT_EQ(VETRA_GetFileVersion(path.c_str(), &ms, &ls), 1);
@@ -111,9 +112,9 @@ TEST(PeVersion, GetFileVersion) {
     options.withVersion = false;
     write(options);
     ms = ls = 7;
-    const char16_t loneSurrogate[] = {u'/', 0xD800, 0};
-    for (const char16_t* file : {path.c_str(), static_cast<const char16_t*>(nullptr), u"",
-                                 dir.c_str(), loneSurrogate, u"/dev/null"}) {
+    const vtchar loneSurrogate[] = {VT('/'), 0xD800, 0};
+    for (const vtchar* file : {path.c_str(), static_cast<const vtchar*>(nullptr), VT(""),
+                               dir.c_str(), loneSurrogate, VT("/dev/null")}) {
         EXPECT_EQ(VETRA_GetFileVersion(file, &ms, &ls), 0);
     }
     EXPECT_EQ(ms, 7u);

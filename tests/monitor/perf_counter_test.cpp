@@ -6,11 +6,13 @@
 #include <gtest/gtest.h>
 #include <thread>
 
+#include "platform/clock.h"
 #include "vetra/perf_counter.h"
 
 namespace {
 
-constexpr uint64_t kSecond = 1000000000; // Linux's fine clock counts nanoseconds
+// The fine clock's ticks a second: 10^9 on Linux, the performance counter's on Windows.
+const uint64_t kSecond = vetra::platform::FineFrequency();
 
 // A timer row: its two readings and its whole seconds. A MulDiv64 row: a * b / c = result.
 TEST(PerfCounter, ConversionsAndMulDiv64) {
@@ -18,10 +20,12 @@ TEST(PerfCounter, ConversionsAndMulDiv64) {
     struct Case {
         Kind kind;
         long long a, b, c, result;
-    } const cases[] = {
-        {kTimer, 5, 5 + 1750000000, 0, 1},
-        {kTimer, 0, kSecond - 1, 0, 0},
-        {kTimer, 10, 4, 0, (UINT64_MAX - 5) / kSecond},      // stop before start wraps, unchecked
+    };
+    const long long second = static_cast<long long>(kSecond);
+    const Case cases[] = {
+        {kTimer, 5, 5 + second * 7 / 4, 0, 1},
+        {kTimer, 0, second - 1, 0, 0},
+        {kTimer, 10, 4, 0, static_cast<long long>((UINT64_MAX - 5) / kSecond)}, // wraps, unchecked
         {kMulDiv, 3, 5, 2, 8},                               // 7.5 rounds away from zero
         {kMulDiv, -3, 5, 2, -8},                             // and so does -7.5
         {kMulDiv, -7, 1, -2, 4},                             // 3.5

@@ -1,21 +1,22 @@
 // doc_script.h - small helpers for tests that drive CVTXmlParser: placing
-// the position by a short script, and reading results as std::u16string.
+// the position by a short script, and reading results as vtstring.
 #ifndef VETRA_TESTS_DOC_SCRIPT_H
 #define VETRA_TESTS_DOC_SCRIPT_H
 
 #include <sstream>
 #include <string>
 
+#include "support/vt_text.h"
 #include "vetra/xml_parser.h"
 
 namespace vetra::test {
 
-inline std::u16string S(const vtchar* p) {
-    return p ? std::u16string(p) : u"(null)";
+inline vtstring S(const vtchar* p) {
+    return p ? vtstring(p) : VT("(null)");
 }
 
-inline std::u16string U(const std::string& ascii) {
-    return std::u16string(ascii.begin(), ascii.end());
+inline vtstring U(const std::string& ascii) {
+    return vtstring(ascii.begin(), ascii.end());
 }
 
 /// Places the position by a script of words: "m x" finds main element x
@@ -32,20 +33,20 @@ inline bool Place(CVTXmlParser& doc, const std::string& script) {
             continue;
         }
         if (!(words >> name)) return false;
-        std::u16string wide = U(name);
+        const vtstring wide = U(name);
         if (word == "m" && !doc.FindElem(wide.c_str())) return false;
         if (word == "c" && !doc.FindChildElem(wide.c_str())) return false;
     }
     return true;
 }
 
-/// Makes "\r\n" visible in failure messages.
-inline std::string Show(const std::u16string& text) {
+/// Makes "\r\n" visible in failure messages, in document text and in vtchar text alike.
+template <class Unit> std::string ShowUnits(const std::basic_string<Unit>& text) {
     std::string out;
-    for (char16_t c : text) {
-        if (c == u'\r')
+    for (Unit c : text) {
+        if (c == Unit('\r'))
             out += "\\r";
-        else if (c == u'\n')
+        else if (c == Unit('\n'))
             out += "\\n";
         else if (c < 128)
             out += char(c);
@@ -53,6 +54,20 @@ inline std::string Show(const std::u16string& text) {
             out += "?";
     }
     return out;
+}
+inline std::string Show(const std::u16string& text) {
+    return ShowUnits(text);
+}
+template <class Unit> std::string Show(const std::basic_string<Unit>& text) {
+    return ShowUnits(text);
+}
+template <class Unit> std::string Show(const Unit* text) {
+    return ShowUnits(std::basic_string<Unit>(text));
+}
+
+/// The units of a vtchar text as the engine's document text, for the internal checks.
+inline const char16_t* Units(const vtchar* text) {
+    return reinterpret_cast<const char16_t*>(text);
 }
 
 } // namespace vetra::test

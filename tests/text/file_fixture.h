@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -18,17 +19,22 @@
 
 namespace vetra::test {
 
+// Paths here are UTF-8, also where the system's narrow names are not (Windows).
 inline std::string ReadWholeFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(std::filesystem::u8path(path), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 class ScratchFolder {
   public:
     ScratchFolder() {
-        std::string pattern = testing::TempDir() + "vetra-files-XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr) ADD_FAILURE() << "no scratch folder";
-        root_ = pattern;
+        std::random_device random;
+        for (int attempt = 0; attempt < 100 && root_.empty(); ++attempt) {
+            const std::string path = testing::TempDir() + "vetra-files-" + std::to_string(random());
+            std::error_code error;
+            if (std::filesystem::create_directory(path, error)) root_ = path;
+        }
+        if (root_.empty()) ADD_FAILURE() << "no scratch folder";
     }
     ~ScratchFolder() {
         std::error_code ignored;
@@ -40,7 +46,7 @@ class ScratchFolder {
     const std::string& Root() const { return root_; }
     std::string Path(const std::string& name) const { return root_ + "/" + name; }
     std::string Write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
+        std::ofstream(std::filesystem::u8path(Path(name)), std::ios::binary) << bytes;
         return Path(name);
     }
     std::string Read(const std::string& name) const { return ReadWholeFile(Path(name)); }

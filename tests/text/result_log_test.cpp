@@ -14,21 +14,21 @@ namespace {
 
 TEST(ResultLog, EntriesOfAParse) {
     const struct {
-        const char16_t* text;
-        const char16_t* log;
+        const vtchar* text;
+        const vtchar* log;
     } cases[] = {
-        {u"", u""},
-        {u"<a/><b/>", u"<root_has_sibling/>"},
-        {u"plain", u"<no_root_element/>"},
-        {u"<a></b>", u"<lone_end_tag tagname=\"b\" offset=\"3\"/>"
-                     u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"7\"/>"},
-        {u"<a><b/><c/>",
-         u"<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"11\"/><root_has_sibling/>"},
+        {VT(""), VT("")},
+        {VT("<a/><b/>"), VT("<root_has_sibling/>")},
+        {VT("plain"), VT("<no_root_element/>")},
+        {VT("<a></b>"), VT("<lone_end_tag tagname=\"b\" offset=\"3\"/>")
+                            VT("<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"7\"/>")},
+        {VT("<a><b/><c/>"),
+         VT("<unended_start_tag tagname=\"a\" offset=\"0\" offset2=\"11\"/><root_has_sibling/>")},
         // The scanner's faults are handed over once each, in text order.
-        {u"<a><!x><!-x><![x></a>",
-         u"<exclamation_tag_syntax offset=\"3\"/><comment_tag_syntax offset=\"7\"/>"
-         u"<cdata_section_syntax offset=\"12\"/>"},
-        {u"<a t=\"&quot;\"/></a\"b>", u"<lone_end_tag tagname=\"a&quot;b\" offset=\"15\"/>"},
+        {VT("<a><!x><!-x><![x></a>"),
+         VT("<exclamation_tag_syntax offset=\"3\"/><comment_tag_syntax offset=\"7\"/>")
+             VT("<cdata_section_syntax offset=\"12\"/>")},
+        {VT("<a t=\"&quot;\"/></a\"b>"), VT("<lone_end_tag tagname=\"a&quot;b\" offset=\"15\"/>")},
     };
     for (const auto& c : cases) {
         CVTXmlParser doc;

@@ -19,54 +19,61 @@ namespace {
 
 TEST(ElementEdit, TextOfEachOperation) {
     const struct {
-        const char16_t* before;
+        const vtchar* before;
         const char* place; // position script, see Place()
         std::function<int(CVTXmlParser&)> edit;
-        const char16_t* after;
+        const vtchar* after;
         int result;
     } cases[] = {
-        {u"", "", OP(AddElem(u"a")), u"<a/>\r\n", 1},
+        {VT(""), "", OP(AddElem(VT("a"))), VT("<a/>\r\n"), 1},
         // A new element goes behind the line end that follows the main one.
-        {u"<a/>\r\n", "m a", OP(AddElem(u"b")), u"<a/>\r\n<b/>\r\n", 1},
-        {u"<a><b/>  y</a>", "m a in m b", OP(AddElem(u"c")), u"<a><b/><c/>\r\n  y</a>", 1},
-        {u"<a>\r\n<b/>\r\n</a>", "m a in", OP(AddElem(u"c")), u"<a>\r\n<b/>\r\n<c/>\r\n</a>", 1},
-        {u"<a>\r\n<b/>\r\n</a>", "m a in m b", OP(InsertElem(u"c")), u"<a>\r\n<c/>\r\n<b/>\r\n</a>",
-         1},
-        {u"<a>\r\n<b/>\r\n</a>", "m a in", OP(InsertElem(u"c")), u"<a>\r\n<c/>\r\n<b/>\r\n</a>", 1},
-        {u"<a>x</a>", "m a in", OP(InsertElem(u"c")), u"<a><c/>\r\nx</a>", 1},
+        {VT("<a/>\r\n"), "m a", OP(AddElem(VT("b"))), VT("<a/>\r\n<b/>\r\n"), 1},
+        {VT("<a><b/>  y</a>"), "m a in m b", OP(AddElem(VT("c"))), VT("<a><b/><c/>\r\n  y</a>"), 1},
+        {VT("<a>\r\n<b/>\r\n</a>"), "m a in", OP(AddElem(VT("c"))),
+         VT("<a>\r\n<b/>\r\n<c/>\r\n</a>"), 1},
+        {VT("<a>\r\n<b/>\r\n</a>"), "m a in m b", OP(InsertElem(VT("c"))),
+         VT("<a>\r\n<c/>\r\n<b/>\r\n</a>"), 1},
+        {VT("<a>\r\n<b/>\r\n</a>"), "m a in", OP(InsertElem(VT("c"))),
+         VT("<a>\r\n<c/>\r\n<b/>\r\n</a>"), 1},
+        {VT("<a>x</a>"), "m a in", OP(InsertElem(VT("c"))), VT("<a><c/>\r\nx</a>"), 1},
         // A first child opens the parent onto its own line.
-        {u"<a />", "m a", OP(AddChildElem(u"b")), u"<a >\r\n<b/>\r\n</a>", 1},
-        {u"<a></a>", "m a", OP(AddChildElem(u"b")), u"<a>\r\n<b/>\r\n</a>", 1},
-        {u"<a>\r\n</a>", "m a", OP(AddChildElem(u"b")), u"<a>\r\n<b/>\r\n</a>", 1},
-        {u"<a>x</a>", "m a", OP(AddChildElem(u"b")), u"<a>x<b/>\r\n</a>", 1},
-        {u"<a>\r\n<b/>\r\n</a>", "m a", OP(AddChildElem(u"c")), u"<a>\r\n<b/>\r\n<c/>\r\n</a>", 1},
-        {u"<r><a></r>", "m r in m a", OP(AddChildElem(u"b")), u"<r><a>\r\n<b/>\r\n</a></r>", 1},
+        {VT("<a />"), "m a", OP(AddChildElem(VT("b"))), VT("<a >\r\n<b/>\r\n</a>"), 1},
+        {VT("<a></a>"), "m a", OP(AddChildElem(VT("b"))), VT("<a>\r\n<b/>\r\n</a>"), 1},
+        {VT("<a>\r\n</a>"), "m a", OP(AddChildElem(VT("b"))), VT("<a>\r\n<b/>\r\n</a>"), 1},
+        {VT("<a>x</a>"), "m a", OP(AddChildElem(VT("b"))), VT("<a>x<b/>\r\n</a>"), 1},
+        {VT("<a>\r\n<b/>\r\n</a>"), "m a", OP(AddChildElem(VT("c"))),
+         VT("<a>\r\n<b/>\r\n<c/>\r\n</a>"), 1},
+        {VT("<r><a></r>"), "m r in m a", OP(AddChildElem(VT("b"))),
+         VT("<r><a>\r\n<b/>\r\n</a></r>"), 1},
         // Sub-documents: trimmed and given line ends only when well-formed.
-        {u"<a/>\r\n", "m a", OP(AddChildSubDoc(u" <b>x</b> ")), u"<a>\r\n<b>x</b>\r\n</a>\r\n", 1},
-        {u"<a/>\r\n", "m a", OP(AddChildSubDoc(u"<b/><c/>")), u"<a>\r\n<b/><c/>\r\n</a>\r\n", 0},
-        {u"<a/>\r\n", "m a", OP(AddChildSubDoc(u"<b><c></b>")), u"<a><b><c></b></a>\r\n", 0},
-        {u"<a/>\r\n", "m a", OP(AddChildSubDoc(u"t")), u"<a>t</a>\r\n", 0},
-        {u"<r>\r\n<first/>\r\n</r>", "m r in m first",
-         OP(InsertSubDoc(u"<x><y>deep</y></x><p/><q/>")),
-         u"<r>\r\n<x><y>deep</y></x><p/><q/>\r\n<first/>\r\n</r>", 0},
+        {VT("<a/>\r\n"), "m a", OP(AddChildSubDoc(VT(" <b>x</b> "))),
+         VT("<a>\r\n<b>x</b>\r\n</a>\r\n"), 1},
+        {VT("<a/>\r\n"), "m a", OP(AddChildSubDoc(VT("<b/><c/>"))),
+         VT("<a>\r\n<b/><c/>\r\n</a>\r\n"), 0},
+        {VT("<a/>\r\n"), "m a", OP(AddChildSubDoc(VT("<b><c></b>"))), VT("<a><b><c></b></a>\r\n"),
+         0},
+        {VT("<a/>\r\n"), "m a", OP(AddChildSubDoc(VT("t"))), VT("<a>t</a>\r\n"), 0},
+        {VT("<r>\r\n<first/>\r\n</r>"), "m r in m first",
+         OP(InsertSubDoc(VT("<x><y>deep</y></x><p/><q/>"))),
+         VT("<r>\r\n<x><y>deep</y></x><p/><q/>\r\n<first/>\r\n</r>"), 0},
         // Removal takes the line end behind the element along.
-        {u"<a>\r\n<b/>\r\n<c/>\r\n</a>", "m a c b", OP(RemoveChildElem()), u"<a>\r\n<c/>\r\n</a>",
-         1},
-        {u"<a>x<b/>y</a>", "m a c b", OP(RemoveChildElem()), u"<a>xy</a>", 1},
-        {u"<a/>\r\n", "m a", OP(RemoveElem() && d.AddElem(u"new")), u"<new/>\r\n", 1},
+        {VT("<a>\r\n<b/>\r\n<c/>\r\n</a>"), "m a c b", OP(RemoveChildElem()),
+         VT("<a>\r\n<c/>\r\n</a>"), 1},
+        {VT("<a>x<b/>y</a>"), "m a c b", OP(RemoveChildElem()), VT("<a>xy</a>"), 1},
+        {VT("<a/>\r\n"), "m a", OP(RemoveElem() && d.AddElem(VT("new"))), VT("<new/>\r\n"), 1},
         // Refusals change nothing.
-        {u"<a/>", "", OP(AddChildElem(u"b")), u"<a/>", 0},
-        {u"<a/>", "", OP(RemoveElem()), u"<a/>", 0},
-        {u"<a/>", "m a", OP(RemoveChildElem()), u"<a/>", 0},
-        {u"<a/>", "m a", OP(AddElem(nullptr)), u"<a/>", 0},
-        {u"", "", OP(AddSubDoc(u"")), u"", 0},
+        {VT("<a/>"), "", OP(AddChildElem(VT("b"))), VT("<a/>"), 0},
+        {VT("<a/>"), "", OP(RemoveElem()), VT("<a/>"), 0},
+        {VT("<a/>"), "m a", OP(RemoveChildElem()), VT("<a/>"), 0},
+        {VT("<a/>"), "m a", OP(AddElem(nullptr)), VT("<a/>"), 0},
+        {VT(""), "", OP(AddSubDoc(VT(""))), VT(""), 0},
         // Values and names as given.
-        {u"", "", OP(AddElem(u"a b", u"x<y")), u"<a b>x&lt;y</a b>\r\n", 1},
-        {u"", "", OP(AddElem(u"a", 1e200)), u"", 0},
-        {u"", "", OP(AddElem(u"a", -9223372036854775807LL - 1)), u"<a>-9223372036854775808</a>\r\n",
-         1},
-        {u"", "", OP(AddElem(u"a", 18446744073709551615ULL)), u"<a>18446744073709551615</a>\r\n",
-         1},
+        {VT(""), "", OP(AddElem(VT("a b"), VT("x<y"))), VT("<a b>x&lt;y</a b>\r\n"), 1},
+        {VT(""), "", OP(AddElem(VT("a"), 1e200)), VT(""), 0},
+        {VT(""), "", OP(AddElem(VT("a"), -9223372036854775807LL - 1)),
+         VT("<a>-9223372036854775808</a>\r\n"), 1},
+        {VT(""), "", OP(AddElem(VT("a"), 18446744073709551615ULL)),
+         VT("<a>18446744073709551615</a>\r\n"), 1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.before) + " | " + c.place + " -> " + Show(c.after));
@@ -80,29 +87,29 @@ TEST(ElementEdit, TextOfEachOperation) {
 
 TEST(ElementEdit, SubDocumentReportsReplaceTheLog) {
     CVTXmlParser doc;
-    doc.SetDoc(u"<a/><b/>");
-    EXPECT_EQ(S(doc.GetResultLog()), u"<root_has_sibling/>");
-    doc.FindElem(u"a");
-    EXPECT_EQ(doc.AddChildSubDoc(u"<c></d></c>"), 0);
-    EXPECT_EQ(S(doc.GetResultLog()), u"<lone_end_tag tagname=\"d\" offset=\"3\"/>");
+    doc.SetDoc(VT("<a/><b/>"));
+    EXPECT_EQ(S(doc.GetResultLog()), VT("<root_has_sibling/>"));
+    doc.FindElem(VT("a"));
+    EXPECT_EQ(doc.AddChildSubDoc(VT("<c></d></c>")), 0);
+    EXPECT_EQ(S(doc.GetResultLog()), VT("<lone_end_tag tagname=\"d\" offset=\"3\"/>"));
     doc.ResetPos();
-    EXPECT_EQ(doc.AddChildSubDoc(u"<c/>"), 0); // no main position: refused, log cleared
-    EXPECT_EQ(S(doc.GetResultLog()), u"");
+    EXPECT_EQ(doc.AddChildSubDoc(VT("<c/>")), 0); // no main position: refused, log cleared
+    EXPECT_EQ(S(doc.GetResultLog()), VT(""));
 }
 
 // Records never lie about the text: edits whose tags the record fields
 // can't hold are refused and change nothing.
 TEST(ElementEdit, TagsTooLongForTheirFieldsAreRefused) {
-    const std::u16string name1021(1021, u'n'), name1020(1020, u'n');
+    const vtstring name1021(1021, VT('n')), name1020(1020, VT('n'));
     CVTXmlParser doc;
-    EXPECT_EQ(doc.AddElem(name1021.c_str(), u"x"), 0); // end tag of 1,024 characters
-    EXPECT_EQ(S(doc.GetDoc()), u"");
+    EXPECT_EQ(doc.AddElem(name1021.c_str(), VT("x")), 0); // end tag of 1,024 characters
+    EXPECT_EQ(S(doc.GetDoc()), VT(""));
     EXPECT_EQ(doc.AddElem(name1021.c_str()), 1); // <name/> needs no end tag
-    EXPECT_EQ(doc.AddChildElem(u"c"), 0);        // opening it would need one
-    EXPECT_EQ(doc.SetData(u"x"), 0);
-    EXPECT_EQ(doc.AddChildSubDoc(u"<c/>"), 0);
-    EXPECT_EQ(doc.AddElem(name1020.c_str(), u"x"), 1); // 1,023 fits
-    XmlEngine check(doc.GetDoc());
+    EXPECT_EQ(doc.AddChildElem(VT("c")), 0);     // opening it would need one
+    EXPECT_EQ(doc.SetData(VT("x")), 0);
+    EXPECT_EQ(doc.AddChildSubDoc(VT("<c/>")), 0);
+    EXPECT_EQ(doc.AddElem(name1020.c_str(), VT("x")), 1); // 1,023 fits
+    XmlEngine check(Units(doc.GetDoc()));
     EXPECT_EQ(CheckRecords(check), "");
 }
 

@@ -48,25 +48,25 @@ TEST(Navigation, WalkRowByRow) {
 
 TEST(Navigation, SearchesByNameAndPath) {
     const struct {
-        const char16_t* doc;
+        const vtchar* doc;
         const char* place;
-        const char16_t* path;
+        const vtchar* path;
         int result;
         const char* main; // tag at the main position afterwards, "" for none
     } cases[] = {
-        {u"<r/>", "", nullptr, 1, "r"},
-        {u"<r/>", "", u"", 1, "r"},
-        {u"<r/>", "m r", nullptr, 0, "r"},
-        {u"<a/><b/><a/>", "m a", u"a[2]", 1, "a"},
+        {VT("<r/>"), "", nullptr, 1, "r"},
+        {VT("<r/>"), "", VT(""), 1, "r"},
+        {VT("<r/>"), "m r", nullptr, 0, "r"},
+        {VT("<a/><b/><a/>"), "m a", VT("a[2]"), 1, "a"},
         // Only the first step's name is compared; the rest is validated.
-        {u"<a/><a/>", "", u"a[@x=1]", 1, "a"},
-        {u"<a/><a/>", "", u"a/@x", 1, "a"},
-        {u"<a/>", "", u"[1]", 0, ""},
-        {u"<a/>", "", u"/a", 0, ""},
-        {u"<a/>", "", u"//a", 0, ""},
-        {u"<ab/>", "", u"a", 0, ""},
-        {u"<a/>", "", u"ab", 0, ""},
-        {u"<a;b/>", "", u"a", 1, "a"},
+        {VT("<a/><a/>"), "", VT("a[@x=1]"), 1, "a"},
+        {VT("<a/><a/>"), "", VT("a/@x"), 1, "a"},
+        {VT("<a/>"), "", VT("[1]"), 0, ""},
+        {VT("<a/>"), "", VT("/a"), 0, ""},
+        {VT("<a/>"), "", VT("//a"), 0, ""},
+        {VT("<ab/>"), "", VT("a"), 0, ""},
+        {VT("<a/>"), "", VT("ab"), 0, ""},
+        {VT("<a;b/>"), "", VT("a"), 1, "a"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.doc) + " / " + (c.path ? Show(c.path) : "null"));
@@ -79,29 +79,29 @@ TEST(Navigation, SearchesByNameAndPath) {
 }
 
 TEST(Navigation, InvalidPathsFailWithoutMoving) {
-    for (const char16_t* path : {u"a b", u"a[1][2]", u"a/", u"//a/b", u"/"}) {
+    for (const vtchar* path : {VT("a b"), VT("a[1][2]"), VT("a/"), VT("//a/b"), VT("/")}) {
         SCOPED_TRACE(Show(path));
         CVTXmlParser doc;
-        doc.SetDoc(u"<r><a/><a/></r>");
+        doc.SetDoc(VT("<r><a/><a/></r>"));
         doc.FindElem();
         EXPECT_EQ(doc.FindChildElem(path), 0);
-        EXPECT_EQ(S(doc.GetChildTagName()), u"");
+        EXPECT_EQ(S(doc.GetChildTagName()), VT(""));
         doc.IntoElem();
         EXPECT_EQ(doc.FindElem(path), 0);
-        EXPECT_EQ(S(doc.GetTagName()), u"");
+        EXPECT_EQ(S(doc.GetTagName()), VT(""));
     }
 }
 
 TEST(Navigation, ChildSearchWithoutMainPosition) {
     CVTXmlParser doc;
-    doc.SetDoc(u"<r><x/><y/></r>");
+    doc.SetDoc(VT("<r><x/><y/></r>"));
     EXPECT_EQ(doc.FindChildElem(), 1); // takes r as main, then its first child
-    EXPECT_EQ(S(doc.GetTagName()), u"r");
-    EXPECT_EQ(S(doc.GetChildTagName()), u"x");
+    EXPECT_EQ(S(doc.GetTagName()), VT("r"));
+    EXPECT_EQ(S(doc.GetChildTagName()), VT("x"));
 
     doc.ResetPos();
-    EXPECT_EQ(doc.FindChildElem(u"none"), 0);
-    EXPECT_EQ(S(doc.GetTagName()), u"r"); // the first step's move stays
+    EXPECT_EQ(doc.FindChildElem(VT("none")), 0);
+    EXPECT_EQ(S(doc.GetTagName()), VT("r")); // the first step's move stays
 
     // No element at the level: the search then looks at the children of the
     // document, and can stand on the root as a child with nothing above it.

@@ -20,47 +20,47 @@ namespace {
 
 TEST(Reading, ValuesAtThePosition) {
     const struct {
-        const char16_t* doc;
+        const vtchar* doc;
         const char* place; // position script, see Place()
-        std::function<std::u16string(CVTXmlParser&)> read;
-        const char16_t* expect;
+        std::function<vtstring(CVTXmlParser&)> read;
+        const vtchar* expect;
     } cases[] = {
         // Data: text and CDATA only; whitespace counts only beside text.
-        {u"<a>x</a>", "m a", READ(GetData()), u"x"},
-        {u"<a/>", "m a", READ(GetData()), u""},
-        {u"<a>", "m a", READ(GetData()), u""},
-        {u"<a>  </a>", "m a", READ(GetData()), u"  "},
-        {u"<a>  <![CDATA[x]]>  </a>", "m a", READ(GetData()), u"x"},
-        {u"<a> y <![CDATA[x]]></a>", "m a", READ(GetData()), u" y x"},
-        {u"<a>x&amp;<![CDATA[&amp;]]></a>", "m a", READ(GetData()), u"x&&amp;"},
-        {u"<a>x<!--c-->y</a>", "m a", READ(GetData()), u"xy"},
-        {u"<a>x<!x>y</a>", "m a", READ(GetData()), u"xy"},
-        {u"<a>t<b/></a>", "m a", READ(GetData()), u""},
+        {VT("<a>x</a>"), "m a", READ(GetData()), VT("x")},
+        {VT("<a/>"), "m a", READ(GetData()), VT("")},
+        {VT("<a>"), "m a", READ(GetData()), VT("")},
+        {VT("<a>  </a>"), "m a", READ(GetData()), VT("  ")},
+        {VT("<a>  <![CDATA[x]]>  </a>"), "m a", READ(GetData()), VT("x")},
+        {VT("<a> y <![CDATA[x]]></a>"), "m a", READ(GetData()), VT(" y x")},
+        {VT("<a>x&amp;<![CDATA[&amp;]]></a>"), "m a", READ(GetData()), VT("x&&amp;")},
+        {VT("<a>x<!--c-->y</a>"), "m a", READ(GetData()), VT("xy")},
+        {VT("<a>x<!x>y</a>"), "m a", READ(GetData()), VT("xy")},
+        {VT("<a>t<b/></a>"), "m a", READ(GetData()), VT("")},
         // A reference that swallows a '<' doesn't hide the markup behind it.
-        {u"<a>&#60<;x</a>", "m a", READ(GetData()), u"<"},
-        {u"<a>x&amp;y&#60;</a>", "m a", READ(GetData()), u"x&y<"},
+        {VT("<a>&#60<;x</a>"), "m a", READ(GetData()), VT("<")},
+        {VT("<a>x&amp;y&#60;</a>"), "m a", READ(GetData()), VT("x&y<")},
         // Attribute values by every quoting.
-        {u"<e k='a\"b'/>", "m e", READ(GetAttrib(u"k")), u"a\"b"},
-        {u"<e k=v/>", "m e", READ(GetAttrib(u"k")), u"v/"},
-        {u"<e k/>", "m e", READ(GetAttrib(u"k")), u"k"},
-        {u"<e k=\"1\" k=\"2\"/>", "m e", READ(GetAttrib(u"k")), u"1"},
-        {u"<e k=\"&lt;&#233;\"/>", "m e", READ(GetAttrib(u"k")), u"<\u00E9"},
-        {u"<e a=\"1\"/>", "m e", READ(GetAttrib(u"e")), u""},
-        {u"<e a=\"1\"/>", "m e", READ(GetAttrib(nullptr)), u""},
-        {u"<e a=\"1\"/>", "m e", READ(GetAttrib(u"a=x")), u"1"},
-        {u"<e/ k=\"v\">", "m e", READ(GetAttrib(u"k")), u""},
+        {VT("<e k='a\"b'/>"), "m e", READ(GetAttrib(VT("k"))), VT("a\"b")},
+        {VT("<e k=v/>"), "m e", READ(GetAttrib(VT("k"))), VT("v/")},
+        {VT("<e k/>"), "m e", READ(GetAttrib(VT("k"))), VT("k")},
+        {VT("<e k=\"1\" k=\"2\"/>"), "m e", READ(GetAttrib(VT("k"))), VT("1")},
+        {VT("<e k=\"&lt;&#233;\"/>"), "m e", READ(GetAttrib(VT("k"))), VT("<\u00E9")},
+        {VT("<e a=\"1\"/>"), "m e", READ(GetAttrib(VT("e"))), VT("")},
+        {VT("<e a=\"1\"/>"), "m e", READ(GetAttrib(nullptr)), VT("")},
+        {VT("<e a=\"1\"/>"), "m e", READ(GetAttrib(VT("a=x"))), VT("1")},
+        {VT("<e/ k=\"v\">"), "m e", READ(GetAttrib(VT("k"))), VT("")},
         // Attribute names by index, raw.
-        {u"<a b c=\"1\">", "m a", READ(GetAttribName(1)), u"c"},
-        {u"<a \"x\" b=\"1\">", "m a", READ(GetAttribName(0)), u"b"},
-        {u"<a b&#120;=\"1\"/>", "m a", READ(GetAttribName(0)), u"b&#120;"},
-        {u"<a k=\"1\" k=\"2\"/>", "m a", READ(GetAttribName(1)), u"k"},
+        {VT("<a b c=\"1\">"), "m a", READ(GetAttribName(1)), VT("c")},
+        {VT("<a \"x\" b=\"1\">"), "m a", READ(GetAttribName(0)), VT("b")},
+        {VT("<a b&#120;=\"1\"/>"), "m a", READ(GetAttribName(0)), VT("b&#120;")},
+        {VT("<a k=\"1\" k=\"2\"/>"), "m a", READ(GetAttribName(1)), VT("k")},
         // Sub-documents carry the line end when a tag or the end follows.
-        {u"<r><a>x</a>\r\n<b/></r>", "c a", READ(GetChildSubDoc()), u"<a>x</a>\r\n"},
-        {u"<r><a>x</a>\r\n text</r>", "c a", READ(GetChildSubDoc()), u"<a>x</a>"},
-        {u"<a>x</a> \r\n", "m a", READ(GetSubDoc()), u"<a>x</a> \r\n"},
+        {VT("<r><a>x</a>\r\n<b/></r>"), "c a", READ(GetChildSubDoc()), VT("<a>x</a>\r\n")},
+        {VT("<r><a>x</a>\r\n text</r>"), "c a", READ(GetChildSubDoc()), VT("<a>x</a>")},
+        {VT("<a>x</a> \r\n"), "m a", READ(GetSubDoc()), VT("<a>x</a> \r\n")},
         // Nothing at the position.
-        {u"<a;b/>", "", READ(GetTagName()), u""},
-        {u"<a;b/>", "", READ(GetChildSubDoc()), u""},
+        {VT("<a;b/>"), "", READ(GetTagName()), VT("")},
+        {VT("<a;b/>"), "", READ(GetChildSubDoc()), VT("")},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(Show(c.doc) + " | " + c.place);
@@ -73,12 +73,12 @@ TEST(Reading, ValuesAtThePosition) {
 
 TEST(Reading, ResultPointerShowsTheLatestResult) {
     CVTXmlParser doc;
-    doc.SetDoc(u"<a;b/>");
+    doc.SetDoc(VT("<a;b/>"));
     doc.FindElem();
     const vtchar* first = doc.GetTagName();
-    EXPECT_EQ(S(first), u"a");
+    EXPECT_EQ(S(first), VT("a"));
     doc.GetAttribName(0);
-    EXPECT_EQ(S(first), u"");
+    EXPECT_EQ(S(first), VT(""));
 }
 
 TEST(Reading, WhitespaceFlagsApplyToDecodedValues) {

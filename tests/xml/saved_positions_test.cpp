@@ -13,38 +13,38 @@ namespace {
 
 TEST(SavedPositions, EachLevelRestores) {
     CVTXmlParser doc;
-    doc.SetDoc(u"<r><a>1</a><b>2</b></r>");
-    EXPECT_EQ(doc.RestorePos(u"never"), 0); // no table yet
-    EXPECT_EQ(doc.SavePos(u"top"), 1);      // parent position 0
+    doc.SetDoc(VT("<r><a>1</a><b>2</b></r>"));
+    EXPECT_EQ(doc.RestorePos(VT("never")), 0); // no table yet
+    EXPECT_EQ(doc.SavePos(VT("top")), 1);      // parent position 0
     doc.FindElem();
-    doc.FindChildElem(u"b");
-    EXPECT_EQ(doc.SavePos(u"child"), 1);
+    doc.FindChildElem(VT("b"));
+    EXPECT_EQ(doc.SavePos(VT("child")), 1);
     doc.ResetChildPos();
-    EXPECT_EQ(doc.SavePos(u"main"), 1);
+    EXPECT_EQ(doc.SavePos(VT("main")), 1);
     doc.IntoElem(); // no child selected: inside r, no main position
-    EXPECT_EQ(doc.SavePos(u"inside"), 1);
+    EXPECT_EQ(doc.SavePos(VT("inside")), 1);
 
     doc.ResetPos();
-    EXPECT_EQ(doc.RestorePos(u"child"), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"r");
-    EXPECT_EQ(S(doc.GetChildData()), u"2");
-    EXPECT_EQ(doc.RestorePos(u"main"), 1);
-    EXPECT_EQ(S(doc.GetChildTagName()), u"");
-    EXPECT_EQ(doc.RestorePos(u"inside"), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"");
+    EXPECT_EQ(doc.RestorePos(VT("child")), 1);
+    EXPECT_EQ(S(doc.GetTagName()), VT("r"));
+    EXPECT_EQ(S(doc.GetChildData()), VT("2"));
+    EXPECT_EQ(doc.RestorePos(VT("main")), 1);
+    EXPECT_EQ(S(doc.GetChildTagName()), VT(""));
+    EXPECT_EQ(doc.RestorePos(VT("inside")), 1);
+    EXPECT_EQ(S(doc.GetTagName()), VT(""));
     EXPECT_EQ(doc.FindElem(), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"a");
-    EXPECT_EQ(doc.RestorePos(u"top"), 1);
+    EXPECT_EQ(S(doc.GetTagName()), VT("a"));
+    EXPECT_EQ(doc.RestorePos(VT("top")), 1);
     EXPECT_EQ(doc.FindElem(), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"r");
-    EXPECT_EQ(doc.RestorePos(u"nope"), 0);
-    EXPECT_EQ(S(doc.GetTagName()), u"r");
+    EXPECT_EQ(S(doc.GetTagName()), VT("r"));
+    EXPECT_EQ(doc.RestorePos(VT("nope")), 0);
+    EXPECT_EQ(S(doc.GetTagName()), VT("r"));
     // Null and empty are one name; case matters.
     EXPECT_EQ(doc.SavePos(), 1);
     doc.ResetPos();
-    EXPECT_EQ(doc.RestorePos(u""), 1);
-    EXPECT_EQ(S(doc.GetTagName()), u"r");
-    EXPECT_EQ(doc.RestorePos(u"TOP"), 0);
+    EXPECT_EQ(doc.RestorePos(VT("")), 1);
+    EXPECT_EQ(S(doc.GetTagName()), VT("r"));
+    EXPECT_EQ(doc.RestorePos(VT("TOP")), 0);
 }
 
 TEST(SavedPositions, SharedBucketGrowsAndPurges) {
@@ -73,36 +73,36 @@ TEST(SavedPositions, SharedBucketGrowsAndPurges) {
 
 TEST(SavedPositions, SurviveEditsButNotRemovalOrReparse) {
     CVTXmlParser doc;
-    doc.SetDoc(u"<r><a/><b>data</b><c><d/></c></r>");
+    doc.SetDoc(VT("<r><a/><b>data</b><c><d/></c></r>"));
     doc.FindElem();
-    doc.FindChildElem(u"b");
-    doc.SavePos(u"b");
-    doc.FindChildElem(u"c");
+    doc.FindChildElem(VT("b"));
+    doc.SavePos(VT("b"));
+    doc.FindChildElem(VT("c"));
     doc.IntoElem();
-    doc.FindElem(u"d");
-    doc.SavePos(u"d");
+    doc.FindElem(VT("d"));
+    doc.SavePos(VT("d"));
     doc.OutOfElem();
     doc.OutOfElem();
-    doc.SavePos(u"c"); // main r, child c
+    doc.SavePos(VT("c")); // main r, child c
     // Edits before and on the saved element don't disturb it.
     doc.ResetPos();
     doc.FindElem();
-    doc.InsertElem(u"before");
-    doc.FindElem(u"r");
+    doc.InsertElem(VT("before"));
+    doc.FindElem(VT("r"));
     doc.IntoElem();
-    doc.FindElem(u"b");
-    doc.SetAttrib(u"k", u"a long value that moves everything behind it");
+    doc.FindElem(VT("b"));
+    doc.SetAttrib(VT("k"), VT("a long value that moves everything behind it"));
     doc.ResetPos();
-    EXPECT_EQ(doc.RestorePos(u"b"), 1);
-    EXPECT_EQ(S(doc.GetChildData()), u"data");
+    EXPECT_EQ(doc.RestorePos(VT("b")), 1);
+    EXPECT_EQ(S(doc.GetChildData()), VT("data"));
     // Removing an ancestor drops the entries below it.
-    EXPECT_EQ(doc.RestorePos(u"c"), 1);
+    EXPECT_EQ(doc.RestorePos(VT("c")), 1);
     EXPECT_EQ(doc.RemoveChildElem(), 1);
-    EXPECT_EQ(doc.RestorePos(u"d"), 0);
-    EXPECT_EQ(doc.RestorePos(u"c"), 0);
-    EXPECT_EQ(doc.RestorePos(u"b"), 1);
+    EXPECT_EQ(doc.RestorePos(VT("d")), 0);
+    EXPECT_EQ(doc.RestorePos(VT("c")), 0);
+    EXPECT_EQ(doc.RestorePos(VT("b")), 1);
     doc.SetDoc(doc.GetDoc());
-    EXPECT_EQ(doc.RestorePos(u"b"), 0);
+    EXPECT_EQ(doc.RestorePos(VT("b")), 0);
 }
 
 } // namespace

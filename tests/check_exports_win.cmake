@@ -1,0 +1,32 @@
+# Fails unless every name that vetra.dll exports belongs to the public surface (the CVT
+# classes, VETRA_ functions, the vtmem_ family and MulDiv64), the plain-named functions are
+# exported undecorated, and CVTBlockBuffer::GetBuffer, defined in its header, is exported.
+cmake_policy(SET CMP0057 NEW) # IN_LIST
+execute_process(COMMAND ${OBJDUMP} -p ${LIB} OUTPUT_VARIABLE out RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "objdump failed on ${LIB}")
+endif()
+string(REPLACE "\n" ";" lines "${out}")
+set(names "")
+set(in_table FALSE)
+foreach(line IN LISTS lines)
+  if(line MATCHES "^\\[Ordinal/Name Pointer\\] Table")
+    set(in_table TRUE)
+  elseif(in_table AND line MATCHES "^\t\\[ *[0-9]+\\] (.+)$")
+    set(name "${CMAKE_MATCH_1}")
+    if(NOT name MATCHES "^(_Z(N|NK)?[0-9]+(CVT|VETRA_|vtmem_|_vtmem_|MulDiv64)|_ZT[ISV][0-9]+CVT|VETRA_|vtmem_|_vtmem_)")
+      message(FATAL_ERROR "unexpected export: ${name}")
+    endif()
+    list(APPEND names "${name}")
+  elseif(in_table)
+    break()
+  endif()
+endforeach()
+foreach(plain VETRA_GetLocalFirstIP VETRA_CreateLocalPath VETRA_GetFileVersion
+        VETRA_GetBrowserVersion VETRA_SetThreadName _ZN14CVTBlockBuffer9GetBufferEj)
+  if(NOT plain IN_LIST names)
+    message(FATAL_ERROR "${plain} is not exported")
+  endif()
+endforeach()
+list(LENGTH names count)
+message(STATUS "${count} exported names, all public")
