@@ -25,9 +25,11 @@ if [[ ! -f $WINEPREFIX/system.reg ]]; then
   WINEARCH=win64 wineboot -i >/dev/null 2>&1
 fi
 # A persistent server, warmed by one trivial program: without it the first
-# test programs wait on Wine's background processes starting up.
+# test programs wait on Wine's background processes starting up. It is shut
+# down at the end, so that no Wine process outlives the script.
 wineserver -p 2>/dev/null || true # fails when one is already running
-wine cmd /c exit >/dev/null 2>&1 || true
+trap 'wineserver -k 2>/dev/null || true' EXIT
+timeout 120 wine cmd /c exit >/dev/null 2>&1 || true
 
 toolchain=$PWD/cmake/mingw-w64-x86_64.cmake
 gtest=$PWD/$dir-gtest
