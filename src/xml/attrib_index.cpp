@@ -67,7 +67,8 @@ constexpr uint8_t ValueStopOf(int c) {
 constexpr AsciiTable<ValueStopOf> kValueStops;
 
 int32_t SkipToValueStop(const wchar* text, int32_t i) {
-    for (wchar c = text[i]; c >= 128 || !kValueStops.v[c]; c = text[++i]) {
+    constexpr wchar last = LastMarked<ValueStopOf>();
+    for (wchar c = text[i]; c > last || !kValueStops.v[c]; c = text[++i]) {
     }
     return i;
 }

@@ -7,6 +7,7 @@
 #define VETRA_XML_CHAR_SETS_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "xml/xml_types.h"
 
@@ -82,16 +83,37 @@ template <uint8_t set> constexpr uint8_t StopOf(int c) {
 }
 template <uint8_t set> inline constexpr AsciiTable<StopOf<set>> kStops{};
 
+/// The largest character that `Classify` gives a bit: above it, a table
+/// test can be skipped. Letters lie above every set but three, so the usual
+/// character of a name or value costs one comparison.
+template <uint8_t (*Classify)(int)> constexpr wchar LastMarked() {
+    int last = 0;
+    for (int c = 0; c < 128; ++c)
+        if (Classify(c) != 0) last = c;
+    return wchar(last);
+}
+/// The largest member of each combination of sets, indexed by its bits.
+struct SetLimits {
+    wchar v[256];
+    constexpr SetLimits() : v() {
+        for (int c = 0; c < 128; ++c)
+            for (int set = 0; set < 256; ++set)
+                if ((CharClassOf(c) & set) != 0) v[set] = wchar(c);
+    }
+};
+inline constexpr SetLimits kSetLimits{};
+
 /// The first offset from `i` whose character is the NUL or a member of `set`.
 template <uint8_t set> inline int32_t SkipToStop(const wchar* text, int32_t i) {
-    for (wchar c = text[i]; c >= 128 || !kStops<set>.v[c]; c = text[++i]) {
+    constexpr wchar last = LastMarked<StopOf<set>>();
+    for (wchar c = text[i]; c > last || !kStops<set>.v[c]; c = text[++i]) {
     }
     return i;
 }
 
 /// Is `c` a member of `set` (one CharSet bit)?
 inline bool InSet(wchar c, uint8_t set) {
-    return c < 128 && (kCharClass[c] & set) != 0;
+    return c <= kSetLimits.v[set] && (kCharClass[c] & set) != 0;
 }
 
 /// Can `c` begin a name: 0x3A or above, except ; < = > ? @ [ \ ] ^ and `.
@@ -111,6 +133,21 @@ inline int32_t CompareNames(const wchar* a, const wchar* b, int32_t count, bool 
     for (int32_t i = 0; i < count; ++i)
         if (a[i] != b[i]) return int32_t(a[i]) - int32_t(b[i]);
     return 0;
+}
+
+/// Are the `count` characters at `a` and at `b` the same, as CompareNames
+/// judges? Both must hold `count` characters: exactly, four units a step.
+inline bool SameNames(const wchar* a, const wchar* b, int32_t count, bool ignoreCase) {
+    if (ignoreCase || count < 4) return CompareNames(a, b, count, ignoreCase) == 0;
+    auto differ = [&](int32_t at) {
+        uint64_t x, y;
+        std::memcpy(&x, a + at, sizeof x);
+        std::memcpy(&y, b + at, sizeof y);
+        return x != y;
+    };
+    for (int32_t i = 0; i + 4 < count; i += 4)
+        if (differ(i)) return false;
+    return !differ(count - 4); // the last four, which may overlap the step before
 }
 
 } // namespace vetra::xml

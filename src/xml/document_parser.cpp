@@ -122,7 +122,7 @@ void ElementWalk::CloseElement() {
         // member of PathEndChars.
         const OpenElementStack::Name& entry = stack.Entry(m);
         if (entry.length < nameLength) continue;
-        if (CompareNames(name, entry.name, nameLength, ignoreCase) != 0) continue;
+        if (!SameNames(name, entry.name, nameLength, ignoreCase)) continue;
         if (entry.length == nameLength || InSet(entry.name[nameLength], PathEndChars)) break;
     }
     if (m == 0) {
@@ -188,6 +188,13 @@ int32_t XmlEngine::ParseElements(int32_t startRecord, TokenCursor& cursor) {
     ElementWalk walk(*this, cursor, startRecord);
     cursor.next = 0;
     for (;;) {
+        // Whitespace between tags is a node the tree keeps no trace of:
+        // passed over here, it costs no scan. Before text it stays, as the
+        // head of the text node.
+        int32_t next = cursor.next;
+        while (InSet(cursor.text[next], WhitespaceChars))
+            ++next;
+        if (cursor.text[next] == u'<') cursor.next = next;
         switch (ScanNode(cursor, walk.token)) {
         case NodeElement:
             walk.OpenElement();

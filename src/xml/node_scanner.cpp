@@ -95,11 +95,13 @@ constexpr uint8_t RunEndsOf(int c) {
 
 constexpr AsciiTable<RunEndsOf> kRunEnds;
 
-// The first offset from i that ends the run.
+// The first offset from i that ends the run. Nothing above '>' ends one.
 inline int32_t SkipRun(const wchar* text, int32_t i, uint8_t run) {
+    constexpr wchar last = LastMarked<RunEndsOf>();
+    static_assert(last == u'>', "the markup characters end the runs");
     for (;; ++i) {
         const wchar c = text[i];
-        if (c < 128 && (kRunEnds.v[c] & run) != 0) return i;
+        if (c <= last && (kRunEnds.v[c] & run) != 0) return i;
     }
 }
 

@@ -1,5 +1,5 @@
-// Tests of the scanner's character sets outside ASCII, of CanBeginName and
-// of CompareNames' case rule.
+// Tests of the scanner's character sets over every unit, of CanBeginName and
+// of the name comparisons' case rule.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -18,8 +18,9 @@ TEST(CharSets, SetsAndNameStartsOverAllUnits) {
     for (int c = 0; c < 0x10000; ++c) {
         bool begins = c >= 0x3A && excluded.find(char16_t(c)) == std::u16string::npos;
         ASSERT_EQ(CanBeginName(wchar(c)), begins) << std::hex << c;
-        for (int set = 1; set < 256 && (c == 0 || c >= 128); set <<= 1)
-            ASSERT_FALSE(InSet(wchar(c), uint8_t(set))) << set << " U+" << std::hex << c;
+        for (int set = 1; set < 256; set <<= 1)
+            ASSERT_EQ(InSet(wchar(c), uint8_t(set)), c < 128 && (CharClassOf(c) & set) != 0)
+                << set << " U+" << std::hex << c;
     }
 }
 
@@ -44,11 +45,20 @@ TEST(CharSets, CompareNames) {
         // Exactly `count` characters are looked at.
         {u"x", u"y", false, true, 0},
         {u"abX", u"ABY", true, true, 2},
+        // Longer names are compared four units a step, the last four overlapping.
+        {u"sub-class-of", u"sub-class-of", false, true},
+        {u"sub-class-of", u"Sub-class-of", false, false},
+        {u"sub-class-of", u"sub-class-ox", false, false},
+        {u"mime-type", u"mime-typo", false, false},
+        {u"mime-type", u"mime-tYpe", false, false},
+        {u"glob", u"glob", false, true},
+        {u"glob", u"glub", false, false},
     };
     for (const auto& c : cases) {
         int32_t n = c.count >= 0 ? c.count : int32_t(std::char_traits<char16_t>::length(c.a));
         EXPECT_EQ(CompareNames(c.a, c.b, n, c.ignoreCase) == 0, c.equal)
             << int(c.ignoreCase) << " " << n;
+        EXPECT_EQ(SameNames(c.a, c.b, n, c.ignoreCase), c.equal) << int(c.ignoreCase) << " " << n;
     }
 }
 
