@@ -172,7 +172,7 @@ class VETRA_API CVTCpuUsage {
     static CPU_USAGE s_cuSystem;
     static CPU_USAGE* s_pcuProcesses;
     static CPU_USAGE* s_pcuThreads;
-    /// Unused on Linux (always null): the time readers are the library's own,
+    /// Unused (always null): the time readers are the platform layer's own,
     /// looked up each time the monitor starts.
     static void* s_hKernel32Dll;
     /// The readers of the system's, a process's and a thread's times; each

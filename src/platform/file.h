@@ -19,6 +19,10 @@ namespace vetra::platform {
 /// Windows); 0 is success.
 using FileError = int;
 
+/// The error of a path that names no file because it holds a lone surrogate, which the
+/// UTF-8 paths of this layer can't carry: EILSEQ, ERROR_INVALID_NAME on Windows.
+extern const FileError kUnnamablePath;
+
 /// An open file: the system's descriptor (a FILE* on Windows), -1 for none.
 struct FileHandle {
     intptr_t value = -1;

@@ -6,7 +6,6 @@
 #include "text/document_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "platform/utf8_codec.h"
@@ -48,7 +47,7 @@ bool WidePathToUtf8(const wchar* path, std::string& out) {
 
 bool DocumentFile::OpenDocumentFile(const char* path) {
     m_log.clear();
-    if (path == nullptr) return ReportFileError(EILSEQ);
+    if (path == nullptr) return ReportFileError(platform::kUnnamablePath);
     const platform::FileOps& ops = platform::ActiveFileOps();
     m_charSize = 1;
 

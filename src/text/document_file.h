@@ -40,10 +40,10 @@ constexpr int64_t kLargestFile = INT32_MAX;
 bool WidePathToUtf8(const wchar* path, std::string& out);
 
 /// Reads the whole file at `path` (UTF-8; null stands for a path that could not be
-/// converted, and fails with EILSEQ) into `text`, as UTF-16. `log` is replaced by the
-/// reader's entries. In `flags` the mark bits (DocUtf16Le, DocUtf8Bom, DocUtf16Be) are set
-/// for the mark found; if the file can't be opened they stay as they were. False if the
-/// file can't be opened or read; `text` is then empty.
+/// converted, and fails with platform::kUnnamablePath) into `text`, as UTF-16. `log` is replaced by
+/// the reader's entries. In `flags` the mark bits (DocUtf16Le, DocUtf8Bom, DocUtf16Be) are set for
+/// the mark found; if the file can't be opened they stay as they were. False if the file can't be
+/// opened or read; `text` is then empty.
 bool LoadTextFile(const char* path, xml::DocText& text, WideString& log, uint32_t& flags);
 
 /// Writes the `length` units of `text` (null-terminated) to `path`, in the encoding of the

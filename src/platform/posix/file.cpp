@@ -191,6 +191,8 @@ constexpr FileOps kSystemOps = {
 
 } // namespace
 
+const FileError kUnnamablePath = EILSEQ;
+
 const FileOps& SystemFileOps() noexcept {
     return kSystemOps;
 }

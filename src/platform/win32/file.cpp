@@ -93,6 +93,8 @@ constexpr FileOps kSystemOps = {
 
 } // namespace
 
+const FileError kUnnamablePath = ERROR_INVALID_NAME;
+
 const FileOps& SystemFileOps() noexcept {
     return kSystemOps;
 }
