@@ -270,6 +270,17 @@ int32_t QuickStartTag(TokenCursor& cursor, NodeToken& node, int32_t i) {
             c = text[i];
             if (c == 0) return kUnsure;
             if (c == u'>' && !(state & (ScanInSingle | ScanInDouble))) break;
+            // The usual attribute, = and a quoted value: its steps through
+            // the quote states end where they began, with the closing quote
+            // last and what came before it next to last.
+            const wchar quote = text[i + 1];
+            if (state == 0 && c == u'=' && prev != u'=' && (quote == u'"' || quote == u'\'')) {
+                i = SkipRun(text, i + 2, quote == u'"' ? DoubleRun : SingleRun);
+                if (text[i] == 0) return kUnsure;
+                prev2 = text[i - 1];
+                prev = quote;
+                continue;
+            }
             state = TrackQuotes(state, c, prev);
             prev2 = prev;
             prev = c;
