@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -36,6 +37,33 @@ inline bool IsLowSurrogate(char16_t u) {
     return (u & 0xFC00) == 0xDC00;
 }
 
+#if defined(VETRA_UTF8_SSE2)
+// Widens the `count` (below 16) ASCII bytes at `s` into `out`, writing nothing
+// past them: two stores of eight or of four units that overlap in the middle.
+inline void WidenHead(const unsigned char* s, char16_t* out, unsigned count) {
+    // Between words of other scripts the head is a space or two.
+    if (count < 4) {
+        for (unsigned k = 0; k < count; ++k)
+            out[k] = s[k];
+        return;
+    }
+    const __m128i zero = _mm_setzero_si128();
+    if (count < 8) {
+        for (unsigned at : {0u, count - 4}) {
+            int32_t four;
+            std::memcpy(&four, s + at, sizeof four);
+            const __m128i units = _mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + at), units);
+        }
+        return;
+    }
+    for (unsigned at : {0u, count - 8}) {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + at));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at), _mm_unpacklo_epi8(bytes, zero));
+    }
+}
+#endif
+
 // kWrite false instantiates a pure counter: `out` and `capacity` are then ignored.
 template <bool kWrite>
 size_t DecodeUnits(const unsigned char* s, size_t n, char16_t* out, size_t capacity) {
@@ -55,7 +83,16 @@ size_t DecodeUnits(const unsigned char* s, size_t n, char16_t* out, size_t capac
 #if defined(VETRA_UTF8_SSE2)
                 // Sixteen bytes tested and widened in registers.
                 const __m128i window = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-                if (_mm_movemask_epi8(window) != 0) break;
+                const unsigned high = unsigned(_mm_movemask_epi8(window));
+                if (high != 0) {
+                    // The run ends inside the window: its ASCII head is widened here
+                    // too, rather than a byte at a time below.
+                    const unsigned head = unsigned(__builtin_ctz(high));
+                    if constexpr (kWrite) WidenHead(s + i, out + o, head);
+                    i += head;
+                    o += head;
+                    break;
+                }
                 if constexpr (kWrite) {
                     const __m128i zero = _mm_setzero_si128();
                     _mm_storeu_si128(reinterpret_cast<__m128i*>(out + o),
