@@ -8,6 +8,7 @@
 #include "text/result_log.h"
 #include "xml/char_sets.h"
 #include "xml/open_element_stack.h"
+#include "xml/run_search.h"
 #include "xml/saved_positions.h"
 #include "xml/xml_engine.h"
 
@@ -184,7 +185,9 @@ void ElementWalk::CloseUnended(int32_t downTo, bool textEnded) {
 
 } // namespace
 
-int32_t XmlEngine::ParseElements(int32_t startRecord, TokenCursor& cursor) {
+// The scan of the usual nodes is inlined here, where the loop keeps its
+// registers from node to node.
+VETRA_FLATTEN int32_t XmlEngine::ParseElements(int32_t startRecord, TokenCursor& cursor) {
     ElementWalk walk(*this, cursor, startRecord);
     cursor.next = 0;
     for (;;) {

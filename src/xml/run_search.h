@@ -21,9 +21,11 @@
 #if defined(__clang__) || defined(__GNUC__)
 #define VETRA_NO_ASAN __attribute__((no_sanitize_address))
 #define VETRA_NO_INLINE __attribute__((noinline))
+#define VETRA_FLATTEN __attribute__((flatten)) // everything it calls is inlined
 #else
 #define VETRA_NO_ASAN
 #define VETRA_NO_INLINE
+#define VETRA_FLATTEN
 #endif
 
 namespace vetra::xml {
