@@ -90,17 +90,19 @@ class VETRA_API CVTXmlParser {
     /// the encoding lacks become its default character (logged as
     /// <conversion_loss/>); the save still succeeds.
     ///
-    /// On Windows the target is opened with _wfopen "wb" and written in
-    /// place: a save that fails half way leaves it cut short. Characters the
-    /// encoding lacks get the system's best-fit mapping where it has one.
+    /// A save never leaves a half-written file: the new text goes to a
+    /// temporary file ".NAME.vetra-XXXXXX" beside the target, which takes the
+    /// target's place once every byte is written, so on failure the old file
+    /// is untouched. Nothing is synced to the disk.
     ///
-    /// On Linux the new text goes to a temporary file ".NAME.vetra-XXXXXX" beside the
-    /// target, renamed over it once every byte is written, so on failure the
-    /// old file is untouched. A symbolic link is followed: the file it names
-    /// is replaced. The new file keeps the old one's permission bits (and
-    /// owner and group where the process may set them); a new file gets 0666
-    /// less the umask. A device or pipe is written in place. Nothing is
-    /// synced to the disk.
+    /// On Linux a symbolic link is followed: the file it names is replaced.
+    /// The new file keeps the old one's permission bits (and owner and group
+    /// where the process may set them); a new file gets 0666 less the umask.
+    /// A device or pipe is written in place.
+    ///
+    /// On Windows the temporary file replaces the target with ReplaceFileW,
+    /// which keeps its attributes and security. Characters the encoding lacks
+    /// get the system's best-fit mapping where it has one.
     ///
     /// Returns 1 if everything was written, else 0: a missing folder, a
     /// directory (EISDIR), a file or folder the process may not write

@@ -1,9 +1,8 @@
 // file.h - the files of the document reader and writer: open and read a whole file, and
 // replace a file's content without ever leaving it half written.
 //
-// On POSIX systems a replacement writes a temporary file beside the target and renames it
-// over the target once every byte is out, so a failed save leaves the old file as it was; on
-// Windows the target is opened with "wb" and written in place. Paths are UTF-8. Failures
+// A replacement writes a temporary file beside the target and puts it in the target's place
+// once every byte is out, so a failed save leaves the old file as it was. Paths are UTF-8. Failures
 // are the system's own error numbers (errno, or GetLastError's codes on Windows), and their
 // text is the system's own message. Nothing here buffers or converts text.
 #ifndef VETRA_PLATFORM_FILE_H
@@ -50,9 +49,12 @@ struct FileOps {
     /// Closes the file, if open, and marks the handle closed in every case.
     FileError (*close)(FileHandle& file);
 
-    /// Prepares to replace `path`. On Windows: opens it with "wb", in place, and fails as
-    /// that open fails (ERROR_ACCESS_DENIED for a directory or a read-only file). On POSIX
-    /// systems: a symbolic link is followed to the file it finally
+    /// Prepares to replace `path`. On Windows: a directory or a read-only file is refused
+    /// with ERROR_ACCESS_DENIED and a missing folder with ERROR_PATH_NOT_FOUND, as an open
+    /// for writing would refuse them; otherwise the bytes go to a temporary file
+    /// ".NAME.vetra-XXXXXXXX" beside the target, which commitReplacement puts in its place
+    /// with ReplaceFileW (keeping the target's attributes and security) or, for a new
+    /// file, MoveFileExW. On POSIX systems: a symbolic link is followed to the file it finally
     /// names, which is what gets replaced; the link stays. A regular file, or a new one,
     /// is written to a temporary file ".NAME.vetra-XXXXXX" in the same folder, created with
     /// the old file's permission bits (and owner and group, where the process may set

@@ -104,11 +104,23 @@ TEST_F(Win32Files, ErrorsAreTheSystemsCodes) {
     }
 }
 
-TEST_F(Win32Files, SaveWritesInPlaceAndReadsBack) {
+TEST_F(Win32Files, SaveReplacesTheFileWhole) {
     const std::string path = utf8_ + "\\file.txt";
     ASSERT_TRUE(Write(path, "first, longer text"));
     ASSERT_TRUE(Write(path, "second"));
+    // A replacement given up leaves the old content and no temporary file.
     const FileOps& ops = SystemFileOps();
+    FileReplacement abandoned;
+    ASSERT_EQ(ops.beginReplacement(path.c_str(), abandoned), 0);
+    ASSERT_EQ(ops.write(abandoned.file, "third", 5), 0);
+    ops.abandonReplacement(abandoned);
+    // A read-only file is refused before anything is written.
+    const std::wstring wide = dir_ + L"\\file.txt";
+    ::SetFileAttributesW(wide.c_str(), FILE_ATTRIBUTE_READONLY);
+    FileReplacement refused;
+    EXPECT_EQ(ops.beginReplacement(path.c_str(), refused), FileError(ERROR_ACCESS_DENIED));
+    ::SetFileAttributesW(wide.c_str(), FILE_ATTRIBUTE_NORMAL);
+
     FileHandle file;
     int64_t length = 0;
     ASSERT_EQ(ops.openForReading(path.c_str(), file, length), 0);
@@ -118,6 +130,15 @@ TEST_F(Win32Files, SaveWritesInPlaceAndReadsBack) {
     EXPECT_EQ(std::string(text, 6), "second");
     EXPECT_EQ(ops.readAt(file, 4, text, 6), FileError(ERROR_HANDLE_EOF));
     EXPECT_EQ(ops.close(file), 0);
+    WIN32_FIND_DATAW found;
+    const HANDLE search = ::FindFirstFileW((dir_ + L"\\*").c_str(), &found);
+    ASSERT_NE(search, INVALID_HANDLE_VALUE);
+    int files = 0;
+    do {
+        files += (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    } while (::FindNextFileW(search, &found));
+    ::FindClose(search);
+    EXPECT_EQ(files, 1);
 }
 
 TEST(Win32FileSystem, DriveLetterRules) {
