@@ -36,6 +36,17 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
         (hasValue && nameLength + 3 > ElementRecord::kEndTagMax) || !EndTagFits(parent, splice))
         return false;
 
+    // Opening an empty parent puts ">" and a line end in front of the new
+    // element: written first, they needn't be inserted later.
+    if (splice.parentNameLength >= 0) {
+        if (flags & EditNoLineEnds)
+            splice.text += u'>';
+        else
+            AppendShort(splice.text, u">\r\n");
+        splice.openerWritten = true;
+    }
+    const int32_t opener = int32_t(splice.text.size());
+
     int32_t length, startTag, endTag = 0;
     if (!hasValue) {
         ReserveMore(splice.text, nameLength + 6);
@@ -47,7 +58,7 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
             AppendShort(splice.text, u" />");
         else
             AppendShort(splice.text, u"/>");
-        length = startTag = int32_t(splice.text.size());
+        length = startTag = int32_t(splice.text.size()) - opener;
     } else {
         ReserveMore(splice.text, 2 * nameLength + 7);
         splice.text += u'<';
@@ -60,7 +71,7 @@ bool XmlEngine::AddElement(const wchar* name, const wchar* value, uint32_t flags
         AppendShort(splice.text, u"</");
         splice.text.append(name, nameLength);
         splice.text += u'>';
-        length = int32_t(splice.text.size());
+        length = int32_t(splice.text.size()) - opener;
         startTag = int32_t(nameLength) + 2;
         endTag = int32_t(nameLength) + 3;
     }

@@ -67,7 +67,7 @@ int32_t XmlEngine::SpliceElement(int32_t parent, int32_t& before, ElementSplice&
         const wchar* name = splice.parentName;
         int32_t nameLength = splice.parentNameLength;
         if (nameLength < 0) nameLength = ElementNameSpan(parent, name);
-        splice.text.insert(0, lineEnds ? u">\r\n" : u">");
+        if (!splice.openerWritten) splice.text.insert(0, lineEnds ? u">\r\n" : u">");
         AppendShort(splice.text, u"</");
         splice.text.append(name, size_t(nameLength));
         if (p.Has(ElemUnended)) {

@@ -62,6 +62,9 @@ struct ElementSplice : ScratchText {
     // tag, once EndTagFits has read it from the text: length -1 until then.
     const wchar* parentName = nullptr;
     int32_t parentNameLength = -1;
+    // The text begins with what opens an empty parent (">" and a line end),
+    // written by the caller before the element rather than put in front of it.
+    bool openerWritten = false;
 };
 
 class XmlEngine {
