@@ -81,7 +81,8 @@ int32_t SkipWhitespace(const wchar* text, int32_t i) {
 
 } // namespace
 
-AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry& e) {
+VETRA_ALWAYS_INLINE AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from,
+                                                             Entry& e) {
     int32_t i = SkipWhitespace(text, from);
     const wchar c = text[i];
     if (c == u'>' || c == u'/' || c == u'?') return Step::End;
@@ -112,7 +113,7 @@ AttribIndex::Step AttribIndex::QuickScan(const wchar* text, int32_t from, Entry&
     return Step::Found;
 }
 
-bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
+VETRA_ALWAYS_INLINE bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
     if (m_complete) return false;
     int32_t index = int32_t(m_names.size());
     int32_t from = index == 0 ? m_tagNext : m_names.back().resume;
@@ -138,7 +139,15 @@ bool AttribIndex::ScanOn(const wchar* text, uint32_t flags) {
     case Step::Unsure:
         break;
     }
+    return ScanOnByRules(text, flags, from, counter);
+}
 
+// Kept out of line, so that the usual names, read by the quick scan, don't
+// pay for what the general scan needs.
+VETRA_NO_INLINE bool AttribIndex::ScanOnByRules(const wchar* text, uint32_t flags, int32_t from,
+                                                int32_t counter) {
+    const int32_t index = int32_t(m_names.size()) - 1;
+    Entry& e = m_names.back();
     m_quickNames = false;
     TokenCursor cursor(text, flags, from);
     if (!ScanAttribFrom(cursor, nullptr, index, counter, 0)) {

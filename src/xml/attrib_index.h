@@ -67,6 +67,8 @@ class AttribIndex {
     void NoteFirstUnit(const wchar* text, Entry& e); // sets firstsBefore, adds e's bit
     // Appends the next name; false at the end.
     bool ScanOn(const wchar* text, uint32_t flags);
+    // ScanOn's general scan from `from`, for the entry it has just added.
+    bool ScanOnByRules(const wchar* text, uint32_t flags, int32_t from, int32_t counter);
     // The first entry called `name`, scanning on as far as needed; null if none.
     const Entry* Find(const wchar* text, uint32_t flags, const wchar* name);
     // The usual attribute (name="value") read without the general scan; Unsure

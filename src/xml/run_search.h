@@ -22,10 +22,12 @@
 #define VETRA_NO_ASAN __attribute__((no_sanitize_address))
 #define VETRA_NO_INLINE __attribute__((noinline))
 #define VETRA_FLATTEN __attribute__((flatten)) // everything it calls is inlined
+#define VETRA_ALWAYS_INLINE __attribute__((always_inline)) inline
 #else
 #define VETRA_NO_ASAN
 #define VETRA_NO_INLINE
 #define VETRA_FLATTEN
+#define VETRA_ALWAYS_INLINE inline
 #endif
 
 namespace vetra::xml {
