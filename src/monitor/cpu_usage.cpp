@@ -9,15 +9,15 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <thread>
 
 #include "monitor/cpu_sampling.h"
 #include "platform/clock.h"
 #include "platform/cpu_times.h"
 #include "platform/event.h"
+#include "platform/thread.h"
 
 struct CVTCpuUsage::Lock {
-    std::mutex mutex;
+    vetra::platform::Lock mutex;
 };
 
 int32_t CVTCpuUsage::s_nInstanceCount = 0;
@@ -35,7 +35,7 @@ void* CVTCpuUsage::s_hUpdateThread = nullptr;
 namespace {
 
 using Record = CVTCpuUsage::CPU_USAGE;
-using Guard = std::lock_guard<std::mutex>;
+using Guard = std::lock_guard<vetra::platform::Lock>;
 
 constexpr uint32_t kPassPeriodMillis = 500;
 
@@ -98,11 +98,7 @@ CVTCpuUsage::CVTCpuUsage() {
     // without a thread no pass ever runs. Either way the getters give what
     // the records hold and the monitor can still be stopped.
     s_hStopThread = vetra::platform::CreateStopEvent();
-    try {
-        s_hUpdateThread = new std::thread(UpdateThread, this);
-    } catch (...) {
-        s_hUpdateThread = nullptr;
-    }
+    s_hUpdateThread = vetra::platform::StartThread(UpdateThread, this);
     ++s_nInstanceCount;
 }
 
@@ -113,11 +109,8 @@ CVTCpuUsage::~CVTCpuUsage() {
     vetra::platform::SetStopEvent(s_hStopThread);
     // The thread wakes at once and a pass takes milliseconds, so it is
     // joined rather than waited for with a limit: nothing is ever killed.
-    if (auto* thread = static_cast<std::thread*>(s_hUpdateThread)) {
-        thread->join();
-        delete thread;
-        s_hUpdateThread = nullptr;
-    }
+    vetra::platform::JoinThread(s_hUpdateThread);
+    s_hUpdateThread = nullptr;
     vetra::platform::CloseStopEvent(s_hStopThread);
     s_hStopThread = nullptr;
     // The thread has ended: the lists are ours alone.

@@ -5,6 +5,7 @@ set(VETRA_MONITOR_SOURCES
   monitor/cpu_usage.cpp
   platform/${VETRA_OS}/clock.cpp
   platform/${VETRA_OS}/event.cpp
+  platform/${VETRA_OS}/thread.cpp
   platform/${VETRA_OS}/cpu_times.cpp
 )
 # The parsers of /proc's texts.
