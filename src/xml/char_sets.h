@@ -96,9 +96,13 @@ template <uint8_t (*Classify)(int)> constexpr wchar LastMarked() {
 struct SetLimits {
     wchar v[256];
     constexpr SetLimits() : v() {
+        wchar ofBit[8] = {};
         for (int c = 0; c < 128; ++c)
-            for (int set = 0; set < 256; ++set)
-                if ((CharClassOf(c) & set) != 0) v[set] = wchar(c);
+            for (int bit = 0; bit < 8; ++bit)
+                if ((CharClassOf(c) >> bit) & 1) ofBit[bit] = wchar(c);
+        for (int set = 0; set < 256; ++set)
+            for (int bit = 0; bit < 8; ++bit)
+                if (((set >> bit) & 1) && ofBit[bit] > v[set]) v[set] = ofBit[bit];
     }
 };
 inline constexpr SetLimits kSetLimits{};
