@@ -3,7 +3,8 @@
 # is missing (Debian packages), builds a Release tree, generates the corpus, runs
 # every (library, work, corpus) in a process of its own, prints the table and
 # writes bench/results/{results.csv,chart.png,machine.txt,edit_bench.txt,codec_bench.txt,
-# ops_bench.txt,table.txt}.
+# ops_bench.txt,table.txt}; then the services' benchmarks (memory, monitor, network)
+# into bench/results/{memory_bench,monitor_bench,net_bench}.txt.
 # Usage: bench/run.sh [--quick] [--runs N] [--rounds N] [--size SIZE] [--build DIR]
 # Every process runs N times in turn (--rounds, default 3), so that a disturbed
 # spell of the machine falls on all libraries alike; each row is the median of
@@ -63,7 +64,8 @@ echo "== building in $build"
 cmake -S . -B "$build" -G Ninja -DVETRA_BUILD_BENCH=ON -DVETRA_BUILD_TESTS=OFF \
   -DVETRA_BUILD_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=Release -DVETRA_LTO=ON \
   "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG" >/dev/null
-cmake --build "$build" -j"${VETRA_BENCH_JOBS:-2}" --target xml_bench edit_bench codec_bench ops_bench
+cmake --build "$build" -j"${VETRA_BENCH_JOBS:-2}" --target xml_bench edit_bench codec_bench ops_bench \
+  memory_bench monitor_bench perf_counter_bench net_bench
 bin=$build/bench
 "$bin/xml_bench" --check
 python3 bench/test_tools.py 2>&1 | tail -1
@@ -129,6 +131,20 @@ echo "== ops_bench"
 "${pin[@]}" "$bin/ops_bench/ops_bench" --benchmark_min_time=$min_time --benchmark_repetitions=5 \
   --benchmark_report_aggregates_only=true | grep -v -e '_mean' -e '_stddev' -e '_cv' \
   | tee "$results/ops_bench.txt"
+
+# --- the services ---------------------------------------------------------------
+echo "== memory_bench"
+python3 bench/memory_bench/rounds.py "$bin/memory_bench/memory_bench" "$rounds" \
+  "$(($(nproc) - 1))" | tee "$results/memory_bench.txt"
+echo "== monitor_bench"
+{ "${pin[@]}" "$bin/monitor_bench/monitor_bench" --benchmark_min_time=$min_time
+  "${pin[@]}" "$bin/monitor_bench/perf_counter_bench" --benchmark_min_time=$min_time \
+    --benchmark_repetitions=5 --benchmark_report_aggregates_only=true | grep -v -e '_mean' -e '_stddev' -e '_cv'
+} | tee "$results/monitor_bench.txt"
+echo "== net_bench"
+"${pin[@]}" "$bin/net_bench/net_bench" --benchmark_min_time=$min_time --benchmark_repetitions=5 \
+  --benchmark_report_aggregates_only=true | grep -v -e '_mean' -e '_stddev' -e '_cv' \
+  | tee "$results/net_bench.txt"
 
 echo "load:     $(cut -d' ' -f1-3 /proc/loadavg) at the end" | tee -a "$results/machine.txt"
 echo "== results"

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "catalog_text.h"
-#include "common/warm_heap.h"
 #include "vetra/vetra.h"
 
 namespace {
@@ -101,12 +100,3 @@ void BM_EditAt(benchmark::State& state) {
 BENCHMARK(BM_EditAt)->Arg(kStart)->Arg(kMiddle)->Arg(kEnd)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    bench::KeepFreedMemory();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

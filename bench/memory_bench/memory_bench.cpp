@@ -13,7 +13,6 @@
 #include <memory_resource>
 #include <vector>
 
-#include "common/warm_heap.h"
 #include "vetra/block_buffer.h"
 #include "vetra/vtmem.h"
 
@@ -124,12 +123,3 @@ void BM_UnsynchronizedPool(benchmark::State& state) {
 BENCHMARK(BM_UnsynchronizedPool);
 
 } // namespace
-
-int main(int argc, char** argv) {
-    bench::KeepFreedMemory();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

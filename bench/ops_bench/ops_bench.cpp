@@ -12,7 +12,6 @@
 
 #include <string>
 
-#include "common/warm_heap.h"
 #include "vetra/vetra.h"
 
 namespace {
@@ -198,12 +197,3 @@ BENCHMARK(BM_NextAllAttribs_vetra);
 BENCHMARK(BM_NextAllAttribs_pugixml);
 BENCHMARK(BM_GetData_vetra)->Apply(DataLengths);
 BENCHMARK(BM_GetData_pugixml)->Apply(DataLengths);
-
-int main(int argc, char** argv) {
-    bench::KeepFreedMemory();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
