@@ -165,10 +165,6 @@ bool AliasesName(const char* aliases, const char* codeset) {
 
 } // namespace
 
-CodePageList KnownCodePages() noexcept {
-    return {kTable, std::size(kTable)};
-}
-
 int IndexOfCodePage(uint32_t codePage) noexcept {
     const CodePageName* hit =
         std::lower_bound(std::begin(kTable), std::end(kTable), codePage,

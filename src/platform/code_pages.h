@@ -17,20 +17,11 @@ struct CodePageName {
     const char* codesetAliases; // further names a locale reports, blank-separated; may be ""
 };
 
-struct CodePageList {
-    const CodePageName* entries;
-    size_t count;
-    const CodePageName* begin() const { return entries; }
-    const CodePageName* end() const { return entries + count; }
-};
-
 /// The most code pages the table may hold; the converter keeps one slot for each.
 constexpr size_t kMaxKnownCodePages = 128;
 
-/// Every code page of the table, ascending by number, each number once.
-CodePageList KnownCodePages() noexcept;
-
-/// The position of `codePage` in KnownCodePages(), or -1 if the table lacks it.
+/// The position of `codePage` in the table (ascending by number, each number once, at most
+/// kMaxKnownCodePages entries), or -1 if the table lacks it.
 int IndexOfCodePage(uint32_t codePage) noexcept;
 
 /// The iconv name of `codePage`, or null if the table lacks it. The pointer is static.
