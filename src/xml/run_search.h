@@ -63,18 +63,20 @@ VETRA_NO_ASAN inline int32_t FindAny(const wchar* text, int32_t i, Chars... char
 #endif
 }
 
-/// The first offset in [i, end) whose character is `a`, `b` or `c`, or `end`.
+/// The first offset in [i, end) whose character is one of `chars`, or `end`.
 /// Reads nothing at or beyond `end`, but may read up to eight units in front
-/// of i, never in front of `text`.
-inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a, wchar b, wchar c) {
+/// of i, never in front of `text`. Each character costs a comparison per
+/// eight units: pass each once.
+template <typename... Chars>
+VETRA_ALWAYS_INLINE int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end,
+                                          Chars... chars) {
+    static_assert(sizeof...(Chars) >= 1, "at least one character");
 #if defined(VETRA_RUN_SEARCH_SSE2)
-    const __m128i va = _mm_set1_epi16(short(a));
-    const __m128i vb = _mm_set1_epi16(short(b));
-    const __m128i vc = _mm_set1_epi16(short(c));
     auto hits = [&](int32_t at) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
-        return _mm_or_si128(_mm_cmpeq_epi16(v, va),
-                            _mm_or_si128(_mm_cmpeq_epi16(v, vb), _mm_cmpeq_epi16(v, vc)));
+        __m128i hit = _mm_setzero_si128();
+        ((hit = _mm_or_si128(hit, _mm_cmpeq_epi16(v, _mm_set1_epi16(short(chars))))), ...);
+        return hit;
     };
     if (end - i < 8 && end >= 8 && i < end) {
         // A short range is searched in the block that ends where it ends;
@@ -104,8 +106,8 @@ inline int32_t FindAnyBefore(const wchar* text, int32_t i, int32_t end, wchar a,
     }
 #endif
     for (; i < end; ++i) {
-        wchar u = text[i];
-        if (u == a || u == b || u == c) return i;
+        const wchar u = text[i];
+        if (((u == wchar(chars)) || ...)) return i;
     }
     return end;
 }

@@ -153,10 +153,11 @@ size_t DecodeReference(const wchar* after, WideString& out) {
 // Decoding without a whitespace flag: runs up to the next '&' go out whole.
 // With `stop` set to '<', a '<' in the text, even inside a reference, ends
 // the decoding with false; otherwise `stop` is '&' and the result true.
-bool DecodePlain(const wchar* text, size_t n, wchar stop, WideString& out) {
+template <wchar stop> bool DecodePlain(const wchar* text, size_t n, WideString& out) {
     size_t i = 0;
     while (i < n) {
-        size_t amp = size_t(FindAnyBefore(text, int32_t(i), int32_t(n), '&', stop, stop));
+        size_t amp = stop == u'&' ? size_t(FindAnyBefore(text, int32_t(i), int32_t(n), u'&'))
+                                  : size_t(FindAnyBefore(text, int32_t(i), int32_t(n), u'&', stop));
         out.append(text + i, amp - i);
         if (amp == n) break;
         if (text[amp] != '&') return false;
@@ -244,7 +245,7 @@ void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString&
     // Decoding never lengthens, except for a reference running past `length`.
     ReserveMore(out, n);
     if ((flags & (DocTrimSpace | DocCollapseSpace)) == 0) {
-        DecodePlain(text, n, '&', out);
+        DecodePlain<u'&'>(text, n, out);
     } else {
         DecodeSpaced(text, n, (flags & DocCollapseSpace) != 0, out);
     }
@@ -252,7 +253,7 @@ void DecodeTextTo(const wchar* text, int32_t length, uint32_t flags, WideString&
 
 bool DecodeTextUnlessMarkup(const wchar* text, int32_t length, WideString& out) {
     ReserveMore(out, size_t(length));
-    return DecodePlain(text, size_t(length), '<', out);
+    return DecodePlain<u'<'>(text, size_t(length), out);
 }
 
 WideString DecodeText(const wchar* text, int32_t length, uint32_t flags) {

@@ -67,7 +67,7 @@ void XmlEngine::ElementData(int32_t index, WideString& out) const {
     if ((m_docFlags & (DocTrimSpace | DocCollapseSpace)) == 0) {
         if (DecodeTextUnlessMarkup(text + contentStart, contentEnd - contentStart, out)) return;
         out.clear();
-    } else if (FindAnyBefore(text, contentStart, contentEnd, u'<', u'<', u'<') == contentEnd) {
+    } else if (FindAnyBefore(text, contentStart, contentEnd, u'<') == contentEnd) {
         return DecodeTextTo(text + contentStart, contentEnd - contentStart, m_docFlags, out);
     }
 
