@@ -211,18 +211,26 @@ bool AttribIndex::Name(const wchar* text, uint32_t flags, int32_t index, Span& o
     return true;
 }
 
-const AttribIndex::Entry* AttribIndex::Find(const wchar* text, uint32_t flags, const wchar* name) {
-    const bool ignoreCase = (flags & DocIgnoreCase) != 0;
+VETRA_ALWAYS_INLINE const AttribIndex::Entry* AttribIndex::Find(const wchar* text, uint32_t flags,
+                                                                const wchar* name) {
     // The usual search is for the name read last. It is the first of that
     // name if no name in front of it begins with the same unit, as a match
     // must (without folding).
-    if (m_lastNamed >= 0 && !ignoreCase) {
+    if (m_lastNamed >= 0 && (flags & DocIgnoreCase) == 0) {
         const Entry& e = m_names[size_t(m_lastNamed)];
         const uint64_t first = uint64_t(1) << (text[e.start] & 63);
         if ((e.firstsBefore & first) == 0 &&
             TokenEquals(text + e.start, e.end - e.start + 1, name, false))
             return &e;
     }
+    return FindByScan(text, flags, name);
+}
+
+// Kept out of line, so that the search for the name read last doesn't pay
+// for the registers the scan needs.
+VETRA_NO_INLINE const AttribIndex::Entry* AttribIndex::FindByScan(const wchar* text, uint32_t flags,
+                                                                  const wchar* name) {
+    const bool ignoreCase = (flags & DocIgnoreCase) != 0;
     for (size_t k = 0;; ++k) {
         if (k == m_names.size() && !ScanOn(text, flags)) return nullptr;
         const Entry& e = m_names[k];

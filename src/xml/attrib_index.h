@@ -71,6 +71,8 @@ class AttribIndex {
     bool ScanOnByRules(const wchar* text, uint32_t flags, int32_t from, int32_t counter);
     // The first entry called `name`, scanning on as far as needed; null if none.
     const Entry* Find(const wchar* text, uint32_t flags, const wchar* name);
+    // Find's search from the first name on.
+    const Entry* FindByScan(const wchar* text, uint32_t flags, const wchar* name);
     // The usual attribute (name="value") read without the general scan; Unsure
     // leaves any other shape to it.
     enum class Step { Found, End, Unsure };
