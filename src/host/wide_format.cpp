@@ -1,6 +1,6 @@
 // wide_format.cpp - walks a UTF-16 format: strings and characters are copied here, with width
 // and precision counted in UTF-16 units; every numeric conversion is rebuilt as a narrow
-// conversion specification and handed to snprintf with an argument of the matching type.
+// directive ("%-08.3lld") and handed to snprintf with an argument of the matching type.
 //
 // A conversion is read as: flags, width (digits or '*'), precision ('.' then digits or '*'),
 // length modifier, type. Whatever does not fit that pattern refuses the format.
@@ -173,7 +173,7 @@ template <typename T> bool AppendPrinted(std::u16string& out, const std::string&
     return true;
 }
 
-// The narrow specification of a numeric conversion, with the length modifier that matches
+// The narrow directive of a numeric conversion ("%+5.2f"), with the length modifier that matches
 // the type the argument is read as.
 std::string NarrowSpec(const Conversion& c, const char* modifier) {
     std::string spec = "%" + c.flags;

@@ -35,6 +35,14 @@ namespace vetra::platform {
 int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, char16_t* out,
                         int32_t capacity);
 
+/// Whether a conversion's arguments leave anything to do: the calls above return 0 without
+/// converting unless `length` is positive, `input` is given, and `capacity` is 0 (measure)
+/// or positive with `out` given.
+inline bool HasConversionWork(const void* input, int32_t length, const void* out,
+                              int32_t capacity) {
+    return length > 0 && capacity >= 0 && input != nullptr && (capacity == 0 || out != nullptr);
+}
+
 /// Converts `length` UTF-16 units in the machine's byte order to bytes in `codePage`.
 ///
 /// `capacity` 0 only measures: the result is the number of bytes the conversion needs, and

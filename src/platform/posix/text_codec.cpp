@@ -220,9 +220,7 @@ int32_t IconvFromWide(uint32_t codePage, const char16_t* text, size_t length, ch
 
 int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, char16_t* out,
                         int32_t capacity) {
-    if (length <= 0 || capacity < 0 || bytes == nullptr || (capacity > 0 && out == nullptr)) {
-        return 0;
-    }
+    if (!HasConversionWork(bytes, length, out, capacity)) return 0;
     if (codePage == 0) codePage = SystemCodePage();
     const size_t n = static_cast<size_t>(length);
     if (codePage == kUtf8) {
@@ -240,9 +238,7 @@ int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, ch
 int32_t WideToMultiByte(uint32_t codePage, const char16_t* text, int32_t length, char* out,
                         int32_t capacity, bool* usedDefault) {
     if (usedDefault != nullptr) *usedDefault = false;
-    if (length <= 0 || capacity < 0 || text == nullptr || (capacity > 0 && out == nullptr)) {
-        return 0;
-    }
+    if (!HasConversionWork(text, length, out, capacity)) return 0;
     if (codePage == 0) codePage = SystemCodePage();
     const size_t n = static_cast<size_t>(length);
     if (codePage == kUtf8) {

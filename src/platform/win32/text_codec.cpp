@@ -28,9 +28,7 @@ bool TakesNoDefaultFlag(uint32_t codePage) {
 
 int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, char16_t* out,
                         int32_t capacity) {
-    if (length <= 0 || capacity < 0 || bytes == nullptr || (capacity > 0 && out == nullptr)) {
-        return 0;
-    }
+    if (!HasConversionWork(bytes, length, out, capacity)) return 0;
     if (codePage == 0) codePage = SystemCodePage();
     if (IsRefused(codePage)) return 0;
     return ::MultiByteToWideChar(codePage, 0, bytes, length, reinterpret_cast<wchar_t*>(out),
@@ -40,9 +38,7 @@ int32_t MultiByteToWide(uint32_t codePage, const char* bytes, int32_t length, ch
 int32_t WideToMultiByte(uint32_t codePage, const char16_t* text, int32_t length, char* out,
                         int32_t capacity, bool* usedDefault) {
     if (usedDefault != nullptr) *usedDefault = false;
-    if (length <= 0 || capacity < 0 || text == nullptr || (capacity > 0 && out == nullptr)) {
-        return 0;
-    }
+    if (!HasConversionWork(text, length, out, capacity)) return 0;
     if (codePage == 0) codePage = SystemCodePage();
     if (IsRefused(codePage)) return 0;
     BOOL used = FALSE;
